@@ -1,0 +1,55 @@
+// Start and stop. The order of the steps is part of the contract: each stands on those before it.
+#include <cstdlib>
+#include <cstring>
+
+#include "core/core_private.h"
+#include "core/lock.h"
+#include "wexelxi/core.h"
+#include "wexelxi/environment.h"
+#include "wexelxi/memory.h"
+#include "wexelxi/threads.h"
+
+using namespace wexelxi;
+
+static constexpr size_t kPathBytes = 4096;
+
+static void CopyHostPath(const char *hostPath)
+{
+    gWEXELfullPath = static_cast<char *>(GlobalAlloc(GLOBAL_ZEROFILL, kPathBytes));
+    if (gWEXELfullPath)
+        strncat(gWEXELfullPath, hostPath, kPathBytes - 1);
+}
+
+int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
+{
+    // In this order: the second key is never 0, which gLastErrorTLS takes for "not started".
+    gCriticalSectionTLS = TlsAlloc();
+    gLastErrorTLS = TlsAlloc();
+    ForgetErrorTextBeforeInit();
+    if (!noLock)
+        InitializeCriticalSection(&gWexelxiCriticalSection);
+
+    gHFILE = 0;
+    gTerminating = 0;
+    gGAllocNum = 0;
+    gGAllocMem = 0;
+    gWexelResFunc = resFunc;
+    CopyHostPath(hostPath);
+    gLOGPIXELSY = 96;
+    gLOGPIXELSX = 96;
+    gReady = 1;
+    return 0;
+}
+
+void FreeLib(void)
+{
+    {
+        LockScope lock;
+        gReady = 0;
+        gTerminating = 1;
+        GlobalFree(gWEXELfullPath);
+        gWEXELfullPath = nullptr;
+        SetLastErrorString(nullptr);
+    }
+    DeleteCriticalSection(&gWexelxiCriticalSection);
+}

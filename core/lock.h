@@ -1,0 +1,69 @@
+// The global lock, taken by a scope guard at the top of an exported function.
+//
+// The lock is a count in a thread-local slot plus one mutex, which is taken on the step of the
+// count from 0 to 1 and given back on the step from 1 to 0. It is inactive while
+// gWexelxiCriticalSection is null: then no count moves. A nested round costs one read and one write
+// of the slot each way, so functions that hold the lock call others that take it freely.
+#pragma once
+
+#include <cstdint>
+#include <pthread.h>
+
+#include "wexelxi/core.h"
+
+namespace wexelxi {
+
+// The steps from 0 to 1 and from 1 to 0. They report faults to the hook and keep errno.
+void AcquireGlobalMutex();
+void ReleaseGlobalMutex();
+
+// Tells the host's hook of a lock fault; does nothing when none is installed.
+void ReportCriticalSectionError(const char *word, int32_t code);
+
+inline bool GlobalLockIsActive()
+{
+    return __atomic_load_n(&gWexelxiCriticalSection, __ATOMIC_ACQUIRE) != nullptr;
+}
+
+inline uint32_t LockCount()
+{
+    return static_cast<uint32_t>(
+        reinterpret_cast<uintptr_t>(pthread_getspecific(gCriticalSectionTLS)));
+}
+
+inline void StoreLockCount(uint32_t count)
+{
+    pthread_setspecific(gCriticalSectionTLS,
+                        reinterpret_cast<void *>(static_cast<uintptr_t>(count)));
+}
+
+inline void EnterGlobalLock()
+{
+    if (!GlobalLockIsActive())
+        return;
+    const uint32_t count = LockCount();
+    if (count == 0)
+        AcquireGlobalMutex();
+    StoreLockCount(count + 1);
+}
+
+inline void LeaveGlobalLock()
+{
+    if (!GlobalLockIsActive())
+        return;
+    const uint32_t count = LockCount();
+    if (count == 1)
+        ReleaseGlobalMutex();
+    StoreLockCount(count - 1);
+}
+
+// Holds the lock for a scope, also when a callback or a cancelled thread unwinds through it.
+class [[nodiscard]] LockScope {
+public:
+    LockScope() { EnterGlobalLock(); }
+    ~LockScope() noexcept(false) { LeaveGlobalLock(); }
+    LockScope(const LockScope &) = delete;
+    LockScope &operator=(const LockScope &) = delete;
+};
+
+} // namespace wexelxi

@@ -1,0 +1,12 @@
+/* The one header that a host includes: every family of the library. */
+#ifndef WEXELXI_H
+#define WEXELXI_H
+
+#include "wexelxi/core.h"
+#include "wexelxi/environment.h"
+#include "wexelxi/memory.h"
+#include "wexelxi/text.h"
+#include "wexelxi/threads.h"
+#include "wexelxi/types.h"
+
+#endif

@@ -1,0 +1,167 @@
+// The lstr family, number text and the OEM pair, on bytes. Each holds the lock for its length.
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "core/lock.h"
+#include "wexelxi/text.h"
+
+using namespace wexelxi;
+
+static uint32_t FoldAscii(char c)
+{
+    const auto byte = static_cast<uint8_t>(c);
+    return byte >= 'A' && byte <= 'Z' ? byte + 0x20u : byte;
+}
+
+char *itoa(int32_t value, char *buffer, int32_t radix)
+{
+    LockScope lock;
+    char *digits = buffer;
+    auto rest = static_cast<uint32_t>(value);
+    if (value < 0 && radix == 10) {
+        *digits++ = '-';
+        rest = 0u - rest;
+    }
+    char *end = digits;
+    if (radix >= 2 && radix <= 36) {
+        const auto base = static_cast<uint32_t>(radix);
+        do {
+            *end++ = "0123456789abcdefghijklmnopqrstuvwxyz"[rest % base];
+            rest /= base;
+        } while (rest != 0);
+    }
+    *end = '\0';
+    std::reverse(digits, end);
+    return buffer;
+}
+
+char *lstrcat(char *dst, const char *src)
+{
+    LockScope lock;
+    return strcat(dst, src);
+}
+
+char *lstrcpy(char *dst, const char *src)
+{
+    LockScope lock;
+    return strcpy(dst, src);
+}
+
+char *lstrcpyn(char *dst, const char *src, int32_t count)
+{
+    LockScope lock;
+    if (count > 0) {
+        const size_t length = strnlen(src, static_cast<size_t>(count) - 1);
+        memmove(dst, src, length);
+        dst[length] = '\0';
+    }
+    return dst;
+}
+
+int32_t lstrcmpi(const char *first, const char *second)
+{
+    return lstrncmpi(first, second, 0);
+}
+
+int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
+{
+    LockScope lock;
+    // A count of 0 wraps to no limit.
+    for (uint32_t last = count - 1, i = 0;; i++) {
+        const uint32_t a = FoldAscii(first[i]);
+        const uint32_t b = FoldAscii(second[i]);
+        if (a != b || a == 0 || i == last)
+            return static_cast<int32_t>(a) - static_cast<int32_t>(b);
+    }
+}
+
+int32_t lstrcmp(const char *first, const char *second)
+{
+    LockScope lock;
+    const int order = strcmp(first, second);
+    return order < 0 ? 1 : order > 0 ? -1 : 0;
+}
+
+uint32_t lstrlen(const char *string)
+{
+    LockScope lock;
+    return static_cast<uint32_t>(strlen(string));
+}
+
+static void Map(char *buffer, size_t count, const uint8_t (&table)[256])
+{
+    for (size_t i = 0; i < count; i++)
+        buffer[i] = static_cast<char>(table[static_cast<uint8_t>(buffer[i])]);
+}
+
+LPSTR AnsiUpper(LPSTR value)
+{
+    LockScope lock;
+    const auto number = reinterpret_cast<uintptr_t>(value);
+    if (number <= 0xFFFF) {
+        const auto upper = static_cast<int8_t>(gUPPERBUFF[number & 0xFF]);
+        return reinterpret_cast<LPSTR>(static_cast<intptr_t>(upper));
+    }
+    Map(value, strlen(value), gUPPERBUFF);
+    return value;
+}
+
+uint32_t AnsiUpperBuff(char *buffer, uint32_t count)
+{
+    LockScope lock;
+    Map(buffer, count, gUPPERBUFF);
+    return count;
+}
+
+uint32_t AnsiLowerBuff(char *buffer, uint32_t count)
+{
+    LockScope lock;
+    Map(buffer, count, gLOWERBUFF);
+    return count;
+}
+
+BOOL IsCharAlpha(uint32_t character)
+{
+    const uint32_t upper = character & 0xDF;
+    return upper >= 'A' && upper <= 'Z';
+}
+
+BOOL OemToAnsi(const char *src, char *dst)
+{
+    LockScope lock;
+    memmove(dst, src, strlen(src));
+    return TRUE;
+}
+
+BOOL OemToAnsiBuff(const char *src, char *dst, uint32_t count)
+{
+    LockScope lock;
+    memmove(dst, src, strnlen(src, count));
+    return TRUE;
+}
+
+BOOL AnsiToOem(const char *src, char *dst)
+{
+    return OemToAnsi(src, dst);
+}
+
+BOOL AnsiToOemBuff(const char *src, char *dst, uint32_t count)
+{
+    return OemToAnsiBuff(src, dst, count);
+}
+
+int32_t wsprintf(char *dst, const char *format, ...)
+{
+    LockScope lock;
+    va_list arguments;
+    va_start(arguments, format);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    const int written = vsprintf(dst, format, arguments);
+#pragma GCC diagnostic pop
+    va_end(arguments);
+    return written;
+}

@@ -1,0 +1,31 @@
+# Each public header compiles alone, as C11 and as C++17; all of them in either order do too; and the
+# export table is exactly the list.
+file(GLOB public_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/wexelxi/*.h)
+set(all_headers "")
+set(all_reversed "")
+set(header_sources "")
+foreach(header IN LISTS public_headers)
+  get_filename_component(base ${header} NAME_WE)
+  file(CONFIGURE OUTPUT headers/${base}.c CONTENT "#include \"wexelxi/${base}.h\"\n#include \"wexelxi/${base}.h\"\nint header_${base};\n")
+  file(CONFIGURE OUTPUT headers/${base}.cpp CONTENT "#include \"wexelxi/${base}.h\"\nint header_${base};\n")
+  list(APPEND header_sources ${CMAKE_CURRENT_BINARY_DIR}/headers/${base}.c ${CMAKE_CURRENT_BINARY_DIR}/headers/${base}.cpp)
+  string(APPEND all_headers "#include \"wexelxi/${base}.h\"\n")
+  string(PREPEND all_reversed "#include \"wexelxi/${base}.h\"\n")
+endforeach()
+file(CONFIGURE OUTPUT headers/all_forward.c CONTENT "${all_headers}int all_forward;\n")
+file(CONFIGURE OUTPUT headers/all_reversed.c CONTENT "${all_reversed}int all_reversed;\n")
+file(CONFIGURE OUTPUT headers/whole.c CONTENT "#include \"wexelxi.h\"\nint whole;\n")
+list(APPEND header_sources
+  ${CMAKE_CURRENT_BINARY_DIR}/headers/all_forward.c
+  ${CMAKE_CURRENT_BINARY_DIR}/headers/all_reversed.c
+  ${CMAKE_CURRENT_BINARY_DIR}/headers/whole.c)
+if(NOT WEXELXI_TEST_LABEL)
+  add_library(header_checks OBJECT ${header_sources})
+  target_include_directories(header_checks PRIVATE ${PROJECT_SOURCE_DIR}/include)
+  target_compile_options(header_checks PRIVATE -Wall -Wextra -Wpedantic -Werror)
+  set_target_properties(header_checks PROPERTIES CXX_STANDARD 17)
+
+  add_test(NAME exports
+    COMMAND ${CMAKE_COMMAND} -DLIST=${WEXELXI_EXPORTS} -DLIBRARY=$<TARGET_FILE:hwexelxi>
+            -DNM=${CMAKE_NM} -P ${CMAKE_CURRENT_SOURCE_DIR}/exports.cmake)
+endif()

@@ -1,0 +1,162 @@
+// Strings and environment variables.
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "support/library.h"
+#include "wexelxi.h"
+
+namespace {
+
+TEST(Strings, Itoa)
+{
+    const struct {
+        int32_t value;
+        int32_t radix;
+        const char *text;
+    } rows[] = {
+        {0, 7, "0"},
+        {-255, 10, "-255"},
+        {-255, 16, "ffffff01"},
+        {35, 36, "z"},
+        {-1, 2, "11111111111111111111111111111111"},
+        {INT32_MIN, 10, "-2147483648"},
+        {INT32_MAX, 10, "2147483647"},
+        {5, 1, ""},
+        {5, 37, ""},
+    };
+    for (const auto &row : rows) {
+        char text[40];
+        EXPECT_EQ(itoa(row.value, text, row.radix), text);
+        EXPECT_STREQ(text, row.text);
+    }
+}
+
+int Sign(int32_t value)
+{
+    return (value > 0) - (value < 0);
+}
+
+TEST(Strings, ComparisonsKeepTheirSigns)
+{
+    const struct {
+        const char *first, *second;
+        int32_t exact, folded;
+    } rows[] = {
+        {"a", "b", 1, -1},
+        {"b", "a", -1, 1},
+        {"abc", "abc", 0, 0},
+        {"", "x", 1, -'x'},
+        {"\xE9", "a", -1, 0xE9 - 'a'},
+        {"ABC", "abd", 1, -1},
+        {"abc", "ab", -1, 99},
+        {"ab", "abc", 1, -99},
+        {"a[", "A{", -1, -32},
+        {"\xC9", "\xE9", 1, -32},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(lstrcmp(row.first, row.second), row.exact) << row.first << " " << row.second;
+        EXPECT_EQ(lstrcmpi(row.first, row.second), row.folded) << row.first << " " << row.second;
+        EXPECT_EQ(Sign(lstrcmpi(row.second, row.first)), -Sign(row.folded));
+    }
+    EXPECT_EQ(lstrncmpi("abcX", "ABCY", 3), 0);
+    EXPECT_EQ(lstrncmpi("abcX", "ABCY", 4), -1);
+    EXPECT_EQ(lstrncmpi("abcX", "ABCY", 0), -1);
+    EXPECT_EQ(lstrncmpi("a", "b", 1), -1);
+}
+
+TEST(Strings, BoundedCopies)
+{
+    const struct {
+        const char *source;
+        int32_t count;
+        const char *expected; // all of the 8 bytes that stand there, '*' untouched
+    } rows[] = {
+        {"abcdef", 3, "ab\0*****"}, {"abcdef", 1, "\0*******"}, {"abcdef", 0, "********"},
+        {"ab", 3, "ab\0*****"},     {"", 5, "\0*******"},       {"abc", -1, "********"},
+    };
+    for (const auto &row : rows) {
+        char buffer[8];
+        memset(buffer, '*', sizeof buffer);
+        EXPECT_EQ(lstrcpyn(buffer, row.source, row.count), buffer);
+        EXPECT_EQ(memcmp(buffer, row.expected, sizeof buffer), 0) << row.source << row.count;
+    }
+    char joined[8] = "ab";
+    EXPECT_STREQ(lstrcat(joined, "cd"), "abcd");
+    EXPECT_STREQ(lstrcpy(joined, "xyz"), "xyz");
+    EXPECT_EQ(lstrlen(joined), 3u);
+}
+
+TEST(Strings, CaseTables)
+{
+    for (int c = 0; c < 256; c++) {
+        const bool pair = (c >= 0x41 && c <= 0x5A) || c == 0x8A || c == 0x8C || c == 0x8E ||
+                          c == 0x9F || (c >= 0xC0 && c <= 0xDE && c != 0xD7);
+        if (!pair)
+            EXPECT_EQ(gLOWERBUFF[c], c);
+        else
+            EXPECT_EQ(gUPPERBUFF[gLOWERBUFF[c]], c);
+        EXPECT_EQ(IsCharAlpha(static_cast<uint32_t>(c) | 0x100u),
+                  (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'));
+    }
+    EXPECT_EQ(gLOWERBUFF[0x9F], 0xFF);
+    EXPECT_EQ(gUPPERBUFF[0xDF], 0xDF);
+
+    const auto upper = [](uintptr_t c) {
+        return reinterpret_cast<intptr_t>(AnsiUpper(reinterpret_cast<LPSTR>(c)));
+    };
+    EXPECT_EQ(upper(0x61), 0x41);
+    EXPECT_EQ(upper(0xE9), -55);
+    EXPECT_EQ(upper(0x12FF), static_cast<int8_t>(0x9F));
+    char text[] = "aZ\xE9\xDF";
+    EXPECT_EQ(AnsiUpper(text), text);
+    EXPECT_STREQ(text, "AZ\xC9\xDF");
+    char bytes[] = {'A', 0, 'B', 'C'};
+    EXPECT_EQ(AnsiLowerBuff(bytes, 3), 3u);
+    EXPECT_EQ(std::string(bytes, 4), std::string("a\0bC", 4));
+    EXPECT_EQ(AnsiUpperBuff(bytes, 4), 4u);
+    EXPECT_EQ(std::string(bytes, 4), std::string("A\0BC", 4));
+}
+
+TEST(Strings, OemPairStoresNoTerminator)
+{
+    char buffer[] = "******";
+    EXPECT_EQ(OemToAnsi("abc", buffer), 1);
+    EXPECT_STREQ(buffer, "abc***");
+    EXPECT_EQ(AnsiToOemBuff("xyz", buffer, 2), 1);
+    EXPECT_STREQ(buffer, "xyc***");
+    EXPECT_EQ(OemToAnsiBuff("q", buffer, 5), 1);
+    EXPECT_STREQ(buffer, "qyc***");
+    EXPECT_EQ(AnsiToOem("", buffer), 1);
+    EXPECT_STREQ(buffer, "qyc***");
+    EXPECT_EQ(wsprintf(buffer, "%d/%.1f", 7, 1.25), 5);
+    EXPECT_STREQ(buffer, "7/1.2");
+}
+
+TEST(Environment, ReadsSetsAndRemoves)
+{
+    StartedLibrary library;
+    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", "value"), 1);
+    char text[16] = "";
+    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 6), 5u);
+    EXPECT_STREQ(text, "value");
+    strcpy(text, "kept");
+    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 5), 6u);
+    EXPECT_STREQ(text, "kept");
+    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", nullptr, 0), 6u);
+    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", ""), 1);
+    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 5), 0u);
+    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", nullptr), 1);
+    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", nullptr), 1);
+    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 5), 0u);
+    EXPECT_EQ(GetLastError(), ERROR_ENVVAR_NOT_FOUND);
+    EXPECT_EQ(GetEnvironmentVariable(nullptr, text, 5), 0u);
+    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_EQ(SetEnvironmentVariable("BAD=NAME", "x"), 0);
+    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_EQ(SetEnvironmentVariable(nullptr, "x"), 0);
+}
+
+} // namespace

@@ -1,0 +1,72 @@
+// Critical sections: a caller's slot that points to a recursive mutex of the heap's.
+#include <cerrno>
+#include <cstdlib>
+#include <pthread.h>
+
+#include "core/lock.h"
+#include "wexelxi/threads.h"
+
+using namespace wexelxi;
+
+static pthread_mutex_t *MutexOf(CRITICAL_SECTION *section)
+{
+    return section ? static_cast<pthread_mutex_t *>(__atomic_load_n(section, __ATOMIC_ACQUIRE))
+                   : nullptr;
+}
+
+void InitializeCriticalSection(CRITICAL_SECTION *section)
+{
+    if (!section)
+        return;
+    auto *mutex = static_cast<pthread_mutex_t *>(malloc(sizeof(pthread_mutex_t)));
+    if (mutex) {
+        pthread_mutexattr_t attributes;
+        pthread_mutexattr_init(&attributes);
+        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+        pthread_mutex_init(mutex, &attributes);
+        pthread_mutexattr_destroy(&attributes);
+    }
+    __atomic_store_n(section, static_cast<void *>(mutex), __ATOMIC_RELEASE);
+}
+
+void DeleteCriticalSection(CRITICAL_SECTION *section)
+{
+    pthread_mutex_t *mutex = MutexOf(section);
+    if (!mutex)
+        return;
+    // The slot empties first, so that a late comer finds it empty and no freed mutex.
+    __atomic_store_n(section, static_cast<void *>(nullptr), __ATOMIC_RELEASE);
+    pthread_mutex_destroy(mutex);
+    free(mutex);
+}
+
+void EnterCriticalSection(CRITICAL_SECTION *section)
+{
+    pthread_mutex_t *mutex = MutexOf(section);
+    if (!mutex)
+        ReportCriticalSectionError("badenter", 0);
+    else if (const int code = pthread_mutex_lock(mutex))
+        ReportCriticalSectionError("enter", code);
+}
+
+BOOL TryEnterCriticalSection(CRITICAL_SECTION *section)
+{
+    pthread_mutex_t *mutex = MutexOf(section);
+    if (!mutex) {
+        ReportCriticalSectionError("badtryenter", 0);
+        return FALSE;
+    }
+    const int code = pthread_mutex_trylock(mutex);
+    if (code != 0 && code != EBUSY)
+        ReportCriticalSectionError("tryenter", code);
+    return code == 0;
+}
+
+void LeaveCriticalSection(CRITICAL_SECTION *section)
+{
+    pthread_mutex_t *mutex = MutexOf(section);
+    if (!mutex)
+        ReportCriticalSectionError("badleave", 0);
+    else if (const int code = pthread_mutex_unlock(mutex))
+        ReportCriticalSectionError("leave", code);
+}
