@@ -7,6 +7,7 @@
 #include "wexelxi/memory.h"
 #include "wexelxi/text.h"
 #include "wexelxi/threads.h"
+#include "wexelxi/time.h"
 #include "wexelxi/types.h"
 
 #endif
