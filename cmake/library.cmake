@@ -10,7 +10,7 @@ set_target_properties(wexelxi_objects PROPERTIES
   VISIBILITY_INLINES_HIDDEN ON)
 # A host's callback or a cancelled thread may unwind through the library.
 target_compile_options(wexelxi_objects PRIVATE
-  -fno-semantic-interposition -fexceptions -fasynchronous-unwind-tables)
+  -fno-semantic-interposition -fno-plt -fexceptions -fasynchronous-unwind-tables)
 target_link_libraries(wexelxi_objects
   PRIVATE wexelxi_warnings
   PUBLIC Threads::Threads Cups::Cups PkgConfig::FONTCONFIG PkgConfig::PANGOFT2 ${CMAKE_DL_LIBS})

@@ -14,32 +14,37 @@ namespace wexelxi {
 
 void ReportCriticalSectionError(const char *word, int32_t code)
 {
-    if (gCriticalSectionErrorProc)
-        gCriticalSectionErrorProc(word, code);
+    if (!gCriticalSectionErrorProc)
+        return;
+    const int saved = errno;
+    gCriticalSectionErrorProc(word, code);
+    errno = saved;
 }
 
-// Runs one operation on the mutex. The slot is read again here: FreeLib may have emptied it since
-// the caller's test, and such a thread goes on unprotected and reported.
-static void ChangeGlobalMutex(int (*operation)(pthread_mutex_t *), const char *word,
-                              const char *goneWord)
+// The slot is read again in both steps: FreeLib may have emptied it since the caller's test, and
+// such a thread goes on unprotected and reported. The mutex operations leave errno alone.
+static pthread_mutex_t *GlobalMutex()
 {
-    const int saved = errno;
-    void *slot = __atomic_load_n(&gWexelxiCriticalSection, __ATOMIC_ACQUIRE);
-    if (!slot)
-        ReportCriticalSectionError(goneWord, 0);
-    else if (const int code = operation(static_cast<pthread_mutex_t *>(slot)))
-        ReportCriticalSectionError(word, code);
-    errno = saved;
+    return static_cast<pthread_mutex_t *>(
+        __atomic_load_n(&gWexelxiCriticalSection, __ATOMIC_ACQUIRE));
 }
 
 void AcquireGlobalMutex()
 {
-    ChangeGlobalMutex(pthread_mutex_lock, "enter", "badenter");
+    pthread_mutex_t *mutex = GlobalMutex();
+    if (!mutex)
+        ReportCriticalSectionError("badenter", 0);
+    else if (const int code = pthread_mutex_lock(mutex))
+        ReportCriticalSectionError("enter", code);
 }
 
 void ReleaseGlobalMutex()
 {
-    ChangeGlobalMutex(pthread_mutex_unlock, "leave", "badleave");
+    pthread_mutex_t *mutex = GlobalMutex();
+    if (!mutex)
+        ReportCriticalSectionError("badleave", 0);
+    else if (const int code = pthread_mutex_unlock(mutex))
+        ReportCriticalSectionError("leave", code);
 }
 
 } // namespace wexelxi
