@@ -3,6 +3,7 @@
 #define WEXELXI_H
 
 #include "wexelxi/core.h"
+#include "wexelxi/devmode.h"
 #include "wexelxi/environment.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/text.h"
