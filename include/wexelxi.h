@@ -6,6 +6,7 @@
 #include "wexelxi/devmode.h"
 #include "wexelxi/environment.h"
 #include "wexelxi/memory.h"
+#include "wexelxi/printers.h"
 #include "wexelxi/text.h"
 #include "wexelxi/threads.h"
 #include "wexelxi/time.h"
