@@ -3,8 +3,10 @@
 #define WEXELXI_H
 
 #include "wexelxi/core.h"
+#include "wexelxi/device_context.h"
 #include "wexelxi/devmode.h"
 #include "wexelxi/environment.h"
+#include "wexelxi/fonts.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/printers.h"
 #include "wexelxi/text.h"

@@ -1,0 +1,158 @@
+/* Fonts: the installed ones, font objects, and the measures of fonts and texts. */
+#ifndef WEXELXI_FONTS_H
+#define WEXELXI_FONTS_H
+
+#include "device_context.h"
+#include "types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** \defgroup fonts Fonts and text metrics
+ *  Fonts are picked by fontconfig and measured by Pango; nothing is drawn. All measures of a font
+ *  are dots of the resolution that it was made for.
+ *  @{ */
+
+#define LF_FACESIZE 128
+
+#define FW_DONTCARE 0
+#define FW_NORMAL 400
+#define FW_SEMIBOLD 600
+#define FW_BOLD 700
+#define FW_EXTRABOLD 800
+
+#define DEFAULT_CHARSET 1
+
+#define FIXED_PITCH 1
+#define VARIABLE_PITCH 2
+
+#define TMPF_FIXED_PITCH 1 /**< Despite its name: the pitch is variable. */
+#define TMPF_VECTOR 2
+#define TMPF_TRUETYPE 4
+
+#define TRUETYPE_FONTTYPE 4u
+
+typedef void *HGDIOBJ; /**< An object for SelectObject and DeleteObject: always a font. */
+typedef void *HFONT;   /**< A font; ended by DeleteObject. */
+
+/** What CreateFontIndirect is asked for. Not the published record: a device context leads it, and
+ *  the face name is longer. */
+typedef struct LOGFONT {
+    HDC lfDC;              /**< Its resolution down is the font's; null: the screen's. */
+    int32_t lfHeight;      /**< Size in points of that resolution; a negative one counts as none. */
+    int32_t lfWidth;       /**< Not read. */
+    int32_t lfEscapement;  /**< Not read. */
+    int32_t lfOrientation; /**< Not read. */
+    int32_t lfWeight;      /**< 600, 700 and 800 ask for bold fonts, any other for a normal one. */
+    uint8_t lfItalic;      /**< Not 0: italic or oblique. */
+    uint8_t lfUnderline;   /**< Kept for GetFontInfo. */
+    uint8_t lfStrikeOut;   /**< Not read. */
+    uint8_t lfCharSet;     /**< Not read. */
+    uint8_t lfOutPrecision;       /**< Not read. */
+    uint8_t lfClipPrecision;      /**< Not read. */
+    uint8_t lfQuality;            /**< Not read. */
+    uint8_t lfPitchAndFamily;     /**< Not read. */
+    char lfFaceName[LF_FACESIZE]; /**< Family, UTF-8; a NUL ends it where it is shorter. */
+} LOGFONT;
+WEXELXI_LAYOUT(sizeof(LOGFONT) == 168);
+WEXELXI_FIELD(LOGFONT, lfDC, 0);
+WEXELXI_FIELD(LOGFONT, lfHeight, 8);
+WEXELXI_FIELD(LOGFONT, lfWidth, 12);
+WEXELXI_FIELD(LOGFONT, lfEscapement, 16);
+WEXELXI_FIELD(LOGFONT, lfOrientation, 20);
+WEXELXI_FIELD(LOGFONT, lfWeight, 24);
+WEXELXI_FIELD(LOGFONT, lfItalic, 28);
+WEXELXI_FIELD(LOGFONT, lfUnderline, 29);
+WEXELXI_FIELD(LOGFONT, lfStrikeOut, 30);
+WEXELXI_FIELD(LOGFONT, lfCharSet, 31);
+WEXELXI_FIELD(LOGFONT, lfOutPrecision, 32);
+WEXELXI_FIELD(LOGFONT, lfClipPrecision, 33);
+WEXELXI_FIELD(LOGFONT, lfQuality, 34);
+WEXELXI_FIELD(LOGFONT, lfPitchAndFamily, 35);
+WEXELXI_FIELD(LOGFONT, lfFaceName, 36);
+
+/** The published text metrics with 8-bit characters; the caller provides all 56 bytes. */
+typedef struct TEXTMETRIC {
+    int32_t tmHeight;           /**< tmAscent + tmDescent. */
+    int32_t tmAscent;           /**< Rounded up to whole dots. */
+    int32_t tmDescent;          /**< Rounded up to whole dots. */
+    int32_t tmInternalLeading;  /**< 0. */
+    int32_t tmExternalLeading;  /**< The resolution / 96. */
+    int32_t tmAveCharWidth;     /**< Rounded up to whole dots. */
+    int32_t tmMaxCharWidth;     /**< Width of the letter W. */
+    int32_t tmWeight;           /**< 700 for a font asked for with 700 or more, else 0. */
+    int32_t tmOverhang;         /**< 0. */
+    int32_t tmDigitizedAspectX; /**< 0. */
+    int32_t tmDigitizedAspectY; /**< 0. */
+    uint8_t tmFirstChar;        /**< 0. */
+    uint8_t tmLastChar;         /**< 0xFF. */
+    uint8_t tmDefaultChar;      /**< 0x20. */
+    uint8_t tmBreakChar;        /**< 0x20. */
+    uint8_t tmItalic;           /**< lfItalic as asked for. */
+    uint8_t tmUnderlined;       /**< 0. */
+    uint8_t tmStruckOut;        /**< 0. */
+    uint8_t tmPitchAndFamily;   /**< TMPF_ flags. */
+    uint8_t tmCharSet;          /**< DEFAULT_CHARSET. */
+} TEXTMETRIC;
+WEXELXI_LAYOUT(sizeof(TEXTMETRIC) == 56);
+WEXELXI_FIELD(TEXTMETRIC, tmHeight, 0);
+WEXELXI_FIELD(TEXTMETRIC, tmAscent, 4);
+WEXELXI_FIELD(TEXTMETRIC, tmDescent, 8);
+WEXELXI_FIELD(TEXTMETRIC, tmInternalLeading, 12);
+WEXELXI_FIELD(TEXTMETRIC, tmExternalLeading, 16);
+WEXELXI_FIELD(TEXTMETRIC, tmAveCharWidth, 20);
+WEXELXI_FIELD(TEXTMETRIC, tmMaxCharWidth, 24);
+WEXELXI_FIELD(TEXTMETRIC, tmWeight, 28);
+WEXELXI_FIELD(TEXTMETRIC, tmOverhang, 32);
+WEXELXI_FIELD(TEXTMETRIC, tmDigitizedAspectX, 36);
+WEXELXI_FIELD(TEXTMETRIC, tmDigitizedAspectY, 40);
+WEXELXI_FIELD(TEXTMETRIC, tmFirstChar, 44);
+WEXELXI_FIELD(TEXTMETRIC, tmLastChar, 45);
+WEXELXI_FIELD(TEXTMETRIC, tmDefaultChar, 46);
+WEXELXI_FIELD(TEXTMETRIC, tmBreakChar, 47);
+WEXELXI_FIELD(TEXTMETRIC, tmItalic, 48);
+WEXELXI_FIELD(TEXTMETRIC, tmUnderlined, 49);
+WEXELXI_FIELD(TEXTMETRIC, tmStruckOut, 50);
+WEXELXI_FIELD(TEXTMETRIC, tmPitchAndFamily, 51);
+WEXELXI_FIELD(TEXTMETRIC, tmCharSet, 52);
+
+/** Extent of a text in dots. */
+typedef struct SIZE {
+    int32_t cx; /**< Width. */
+    int32_t cy; /**< Height. */
+} SIZE;
+WEXELXI_LAYOUT(sizeof(SIZE) == 8);
+WEXELXI_FIELD(SIZE, cx, 0);
+WEXELXI_FIELD(SIZE, cy, 4);
+
+/** What GetFontInfo tells of a font. */
+typedef struct FontInfoRecord {
+    char family[128];    /**< Family asked for, cut to 127 characters. */
+    char filePath[4096]; /**< Font file found, cut to 4095 characters. */
+    int32_t height;      /**< ascent + descent. */
+    int32_t ascent;      /**< As tmAscent. */
+    int32_t descent;     /**< As tmDescent. */
+    uint8_t bold;        /**< 1 if asked for with a weight of 700 or more. */
+    uint8_t italic;      /**< lfItalic as asked for. */
+    uint8_t reserved;    /**< Left as the caller had it. */
+    uint8_t underline;   /**< lfUnderline as asked for. */
+} FontInfoRecord;
+WEXELXI_LAYOUT(sizeof(FontInfoRecord) == 4240);
+WEXELXI_FIELD(FontInfoRecord, family, 0);
+WEXELXI_FIELD(FontInfoRecord, filePath, 128);
+WEXELXI_FIELD(FontInfoRecord, height, 4224);
+WEXELXI_FIELD(FontInfoRecord, ascent, 4228);
+WEXELXI_FIELD(FontInfoRecord, descent, 4232);
+WEXELXI_FIELD(FontInfoRecord, bold, 4236);
+WEXELXI_FIELD(FontInfoRecord, italic, 4237);
+WEXELXI_FIELD(FontInfoRecord, reserved, 4238);
+WEXELXI_FIELD(FontInfoRecord, underline, 4239);
+
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
