@@ -7,6 +7,7 @@
 #include "wexelxi/core.h"
 #include "wexelxi/environment.h"
 #include "wexelxi/memory.h"
+#include "wexelxi/modules.h"
 #include "wexelxi/threads.h"
 
 using namespace wexelxi;
@@ -30,11 +31,13 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
         InitializeCriticalSection(&gWexelxiCriticalSection);
 
     gHFILE = 0;
+    gHMODULE = 0;
     gTerminating = 0;
     gGAllocNum = 0;
     gGAllocMem = 0;
     gWexelResFunc = resFunc;
     CopyHostPath(hostPath);
+    InitModule();
     gLOGPIXELSY = 96;
     gLOGPIXELSX = 96;
     gReady = 1;
@@ -50,6 +53,7 @@ void FreeLib(void)
         GlobalFree(gWEXELfullPath);
         gWEXELfullPath = nullptr;
         SetLastErrorString(nullptr);
+        TermModule();
     }
     DeleteCriticalSection(&gWexelxiCriticalSection);
 }
