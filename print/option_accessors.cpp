@@ -4,6 +4,7 @@
 
 #include "core/lock.h"
 #include "print/devmode.h"
+#include "print/printer_cache.h"
 #include "wexelxi/memory.h"
 
 using namespace wexelxi;
@@ -96,6 +97,15 @@ HGLOBAL MakeDevModeHan(const DEVMODE *record)
 {
     LockScope lock;
     return CopyToGlobalMemory(record, RecordBytes(record));
+}
+
+HGLOBAL GetCopyOfDevmodeFromPPD(HPRINTERPPD printer)
+{
+    if (!printer)
+        return nullptr;
+    const DEVMODE *current = printer->currentDevMode; // the address never changes, its bytes do
+    LockScope lock;
+    return CopyToGlobalMemory(current, RecordBytes(current));
 }
 
 HGLOBAL MakePrinterNameHan(const char *name)
