@@ -6,6 +6,8 @@
 #include "wexelxi/device_context.h"
 #include "wexelxi/devmode.h"
 #include "wexelxi/environment.h"
+#include "wexelxi/files.h"
+#include "wexelxi/find.h"
 #include "wexelxi/fonts.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"

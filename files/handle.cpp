@@ -1,0 +1,80 @@
+// What every user of a handle asks first, and the end of handles of all kinds.
+#include "files/handle.h"
+
+#include <cstdlib>
+
+#include "core/last_error.h"
+#include "core/lock.h"
+#include "files/port_io.h"
+#include "wexelxi/files.h"
+
+using namespace wexelxi;
+
+namespace wexelxi {
+
+static HandleRecord *HandleToFile(HANDLE handle)
+{
+    HandleRecord *record = HandleToRecord(handle);
+    if (!record || record->kind != HANDLE_FILE || !record->stream)
+        return FailWith<HandleRecord *>(ERROR_GEN_FAILURE, nullptr);
+    return record;
+}
+
+FILE *HandleToStream(HANDLE handle)
+{
+    const HandleRecord *record = HandleToFile(handle);
+    return record ? record->stream : nullptr;
+}
+
+uint32_t GetHandlePortType(HANDLE handle)
+{
+    const HandleRecord *record = HandleToFile(handle);
+    return record ? record->portType : 0;
+}
+
+// A stream is gone whether or not its close went well: the record then waits, empty, for the call
+// that frees it.
+static bool CloseStream(HandleRecord *record)
+{
+    FILE *stream = record->stream;
+    if (!stream)
+        return true;
+    if (IsLineDevice(record->portType))
+        DrainLineDevice(stream);
+    record->stream = nullptr;
+    return fclose(stream) == 0;
+}
+
+static bool EndHandle(HandleRecord *record)
+{
+    switch (record->kind) {
+    case HANDLE_SEMAPHORE:
+        return sem_destroy(&record->sem) == 0;
+    case HANDLE_THREAD:
+        return true;
+    case HANDLE_FILE:
+        return CloseStream(record);
+    default:
+        return false;
+    }
+}
+
+} // namespace wexelxi
+
+BOOL CloseHandle(HANDLE handle)
+{
+    LockScope lock;
+    HandleRecord *record = HandleToRecord(handle);
+    if (!record || !EndHandle(record))
+        return Fail(ERROR_GEN_FAILURE);
+    free(record);
+    SetLastError(ERROR_SUCCESS);
+    return TRUE;
+}
+
+uint32_t _lclose(HANDLE handle)
+{
+    LockScope lock;
+    SetLastError(ERROR_SUCCESS);
+    return CloseHandle(handle) ? 0 : HFILE_ERROR;
+}

@@ -1,0 +1,44 @@
+// The record behind every kernel-object HANDLE: what the threads, the ports and the file operations
+// may ask of it.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <pthread.h>
+#include <semaphore.h>
+
+#include "wexelxi/types.h"
+
+namespace wexelxi {
+
+enum HandleKind : uint32_t {
+    HANDLE_SEMAPHORE = 1,
+    HANDLE_THREAD = 2,
+    HANDLE_FILE = 3,
+};
+
+// One block from malloc; the host sees its address, and CloseHandle frees it.
+struct HandleRecord {
+    uint32_t kind;
+    union {
+        sem_t sem;        // HANDLE_SEMAPHORE
+        pthread_t thread; // HANDLE_THREAD
+        FILE *stream;     // HANDLE_FILE; owned, null once a close has failed
+    };
+    uint32_t portType; // HANDLE_FILE: 0 for an ordinary file, else what GetPortName told
+    uint32_t detached; // HANDLE_THREAD: not 0 if nobody may join the thread
+};
+
+// The record of a handle of any kind; null for the two values that are never valid.
+inline HandleRecord *HandleToRecord(HANDLE handle)
+{
+    return handle == INVALID_HANDLE_VALUE ? nullptr : static_cast<HandleRecord *>(handle);
+}
+
+// The stream of a file handle. On any other handle null, with last error ERROR_GEN_FAILURE.
+FILE *HandleToStream(HANDLE handle);
+
+// The port type of a file handle. On any other handle 0, with last error ERROR_GEN_FAILURE.
+uint32_t GetHandlePortType(HANDLE handle);
+
+} // namespace wexelxi

@@ -1,0 +1,65 @@
+// The road of a port, apart from that of files: blocking, unbuffered, and told by its port type.
+#include "files/port_io.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "core/last_error.h"
+#include "wexelxi/core.h"
+
+namespace wexelxi {
+
+Stream OpenPort(const char *path)
+{
+    const int descriptor = open(path, O_RDWR | O_NOCTTY | O_SYNC);
+    if (descriptor < 0)
+        return FailWith<Stream>(ERROR_GEN_FAILURE, nullptr);
+    Stream stream(fdopen(descriptor, "r+"));
+    if (!stream) {
+        SetUnixError();
+        close(descriptor);
+    }
+    return stream;
+}
+
+uint32_t ReadLineDevice(FILE *stream, void *buffer, uint32_t count)
+{
+    const ssize_t received = read(fileno(stream), buffer, count);
+    return received < 0 ? 0 : static_cast<uint32_t>(received);
+}
+
+uint32_t WriteLineDevice(FILE *stream, const void *buffer, uint32_t count)
+{
+    const auto *bytes = static_cast<const char *>(buffer);
+    uint32_t total = 0;
+    // A count of 0 makes its one write as well.
+    do {
+        const ssize_t sent = write(fileno(stream), bytes + total, count - total);
+        if (sent <= 0)
+            break;
+        total += static_cast<uint32_t>(sent);
+    } while (total < count);
+    return total;
+}
+
+static time_t DrainSeconds()
+{
+    constexpr time_t kDefaultSeconds = 120;
+    char text[5] = "";
+    // GetProfileString("Ports", "Delay", "", text, sizeof text);
+    const time_t seconds = strtol(text, nullptr, 10);
+    return seconds == 0 ? kDefaultSeconds : seconds;
+}
+
+void DrainLineDevice(FILE *stream)
+{
+    const time_t limit = DrainSeconds();
+    const time_t start = time(nullptr);
+    while (tcdrain(fileno(stream)) != 0 && time(nullptr) - start < limit) {
+    }
+}
+
+} // namespace wexelxi
