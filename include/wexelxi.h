@@ -5,6 +5,7 @@
 #include "wexelxi/core.h"
 #include "wexelxi/device_context.h"
 #include "wexelxi/devmode.h"
+#include "wexelxi/documents.h"
 #include "wexelxi/environment.h"
 #include "wexelxi/files.h"
 #include "wexelxi/find.h"
