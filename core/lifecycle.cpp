@@ -21,11 +21,31 @@ static void CopyHostPath(const char *hostPath)
         strncat(gWEXELfullPath, hostPath, kPathBytes - 1);
 }
 
-int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
+// Allocates a new key. Keys are never given back, so a process that starts the library some five
+// hundred times uses the platform's up: from then on it keeps the keys that it has.
+static bool RenewKey(uint32_t &key, bool hasOld)
+{
+    const uint32_t fresh = TlsAlloc();
+    if (fresh == UINT32_MAX)
+        return hasOld;
+    key = fresh;
+    return true;
+}
+
+static bool RenewKeys()
 {
     // In this order: the second key is never 0, which gLastErrorTLS takes for "not started".
-    gCriticalSectionTLS = TlsAlloc();
-    gLastErrorTLS = TlsAlloc();
+    const bool hasOld = gLastErrorTLS != 0;
+    if (!RenewKey(gCriticalSectionTLS, hasOld) || !RenewKey(gLastErrorTLS, hasOld))
+        return false;
+    StoreLockCount(0);
+    return true;
+}
+
+int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
+{
+    if (!RenewKeys())
+        return static_cast<int32_t>(ERROR_NOT_ENOUGH_MEMORY);
     ForgetErrorTextBeforeInit();
     if (!noLock)
         InitializeCriticalSection(&gWexelxiCriticalSection);

@@ -155,6 +155,33 @@ TEST(Lifecycle, StartsStopsAndStartsAgain)
     EXPECT_EQ(GetLastError(), 9u) << "the per-thread record outlives the run";
 }
 
+TEST(Lifecycle, GoesOnWithItsKeysWhenThePlatformHasNoMore)
+{
+    {
+        StartedLibrary library;
+    }
+    const uint32_t key = gLastErrorTLS;
+    while (TlsAlloc() != UINT32_MAX) {
+    }
+    StartedLibrary library;
+    EXPECT_EQ(gLastErrorTLS, key);
+    gEnterWexelxiCriticalSection();
+    EXPECT_EQ(Count(), 1u);
+    gLeaveWexelxiCriticalSection();
+    EXPECT_TRUE(OtherThreadCanEnter());
+}
+
+TEST(Lifecycle, RefusesAFirstStartWithoutKeys)
+{
+    while (TlsAlloc() != UINT32_MAX) {
+    }
+    EXPECT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 8);
+    EXPECT_EQ(gReady, 0);
+    EXPECT_EQ(gWexelxiCriticalSection, nullptr);
+    SetLastError(7);
+    EXPECT_EQ(GetLastError(), 7u);
+}
+
 TEST(Lifecycle, CutsAHostPathThatIsTooLong)
 {
     const std::string path(5000, 'p');

@@ -29,7 +29,8 @@ typedef void (*HEADLESSERRORPROC)(const char *message, int32_t severity);
  *                   is the default configuration folder. Copied.
  *  @param resFunc   the host's resource function, serving module handle 1; may be null.
  *  @param noLock    0: the global lock is made. Not 0: no lock; call from one thread at a time.
- *  @return 0; 3 if fontconfig cannot start, and the library is then stopped again.
+ *  @return 0; 3 if fontconfig cannot start, and the library is then stopped again; 8 if the platform
+ *          has no thread-local key left for a first start, and nothing has happened then.
  *  Last error: as the last step left it. Lock: no, but its steps take it. */
 WEXELXI_API int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock);
 
