@@ -59,7 +59,7 @@ run() {
 # What building the library takes, what the demo shows, and what the tests use on top of it.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
     libcups2-dev libfontconfig-dev libpango1.0-dev libglib2.0-dev)
-DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client cups-ppdc hp-ppd socat)
+DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client hp-ppd socat)
 TEST_PACKAGES=(libgtest-dev libbenchmark-dev clang-format clang-tidy procps python3
     cups-daemon cups-client hp-ppd openprinting-ppds foomatic-db-compressed-ppds
     fonts-dejavu-core doxygen abigail-tools dpkg-dev file)
