@@ -53,6 +53,9 @@ std::string_view TextOf(const char *field, size_t width)
 
 std::span<char> OptionBlock(const DEVMODE *record)
 {
+    // A block over the two lengths themselves could change them under the walk.
+    if (record->dmSize < offsetof(DEVMODE, dmFields))
+        return {};
     auto *bytes = reinterpret_cast<char *>(const_cast<DEVMODE *>(record));
     return {bytes + record->dmSize, record->dmDriverExtra};
 }

@@ -18,7 +18,8 @@ inline size_t RecordBytes(const DEVMODE *record)
     return size_t{record->dmSize} + record->dmDriverExtra;
 }
 
-// The option block, which stands at the stored length of the head.
+// The option block, which stands at the stored length of the head; empty if such a head does not
+// hold the two lengths.
 std::span<char> OptionBlock(const DEVMODE *record);
 
 // The printer that a record names: at most 127 characters, also where the NUL is missing.
