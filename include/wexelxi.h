@@ -2,6 +2,7 @@
 #ifndef WEXELXI_H
 #define WEXELXI_H
 
+#include "wexelxi/comm.h"
 #include "wexelxi/core.h"
 #include "wexelxi/device_context.h"
 #include "wexelxi/devmode.h"
