@@ -6,6 +6,7 @@
 #include "core/lock.h"
 #include "wexelxi/core.h"
 #include "wexelxi/environment.h"
+#include "wexelxi/fonts.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"
 #include "wexelxi/threads.h"
@@ -60,6 +61,10 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
     InitModule();
     gLOGPIXELSY = 96;
     gLOGPIXELSX = 96;
+    if (const int32_t status = InitFonts()) {
+        FreeLib();
+        return status;
+    }
     gReady = 1;
     return 0;
 }
@@ -70,6 +75,9 @@ void FreeLib(void)
         LockScope lock;
         gReady = 0;
         gTerminating = 1;
+        DeleteObject(gGeneralFont);
+        gGeneralFont = nullptr;
+        TermFonts();
         GlobalFree(gWEXELfullPath);
         gWEXELfullPath = nullptr;
         SetLastErrorString(nullptr);

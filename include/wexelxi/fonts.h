@@ -149,6 +149,105 @@ WEXELXI_FIELD(FontInfoRecord, italic, 4237);
 WEXELXI_FIELD(FontInfoRecord, reserved, 4238);
 WEXELXI_FIELD(FontInfoRecord, underline, 4239);
 
+/** Makes a font: the first outline font of exactly the asked family on the search list of lfWeight
+ *  and lfItalic, a TrueType file before others. Without one, the first font that EnumFonts ever
+ *  found serves.
+ *  @param logfont  what is asked for; read during the call only. A lfWeight of 800, 700 or 600
+ *                  walks the bold fonts, any other value the regular and the light ones. lfDC must
+ *                  be null or alive.
+ *  @return the font, ended by DeleteObject; null if there is none, before InitFonts, and if there
+ * is no memory. Last error: 0. Lock: yes. */
+WEXELXI_API HFONT CreateFontIndirect(const LOGFONT *logfont);
+
+/** CreateFontIndirect for the screen's resolution, with the fields as arguments.
+ *  @param height    size in points.
+ *  @param weight    as lfWeight.
+ *  @param italic    as lfItalic.
+ *  @param underline as lfUnderline.
+ *  @param faceName  family, at most 128 bytes of it are read; null: the empty name.
+ *  The others are not used.
+ *  @return as CreateFontIndirect. Last error: 0. Lock: yes. */
+WEXELXI_API HFONT CreateFont(int32_t height, int32_t width, int32_t escapement, int32_t orientation,
+                             int32_t weight, uint8_t italic, uint8_t underline, uint8_t strikeOut,
+                             uint8_t charSet, uint8_t outPrecision, uint8_t clipPrecision,
+                             uint8_t quality, uint8_t pitchAndFamily, LPCSTR faceName);
+
+/** Selects a font into a device context, which does not own it.
+ *  @param hdc     the device context; must not be null.
+ *  @param object  a font; null deselects. Any other pointer changes nothing, gives null, and
+ * "Invalid HFONT passed to SelectObject" to the hook, severity 0.
+ *  @return the font that was selected before, or null. Last error: unchanged. Lock: yes. */
+WEXELXI_API HGDIOBJ SelectObject(HDC hdc, HGDIOBJ object);
+
+/** Ends a font. A device context that still has it selected is not told; it measures nothing more.
+ *  @param object  a font; anything else gives "Invalid HFONT passed to DeleteObject" to the hook,
+ *                 severity 0.
+ *  @return TRUE always. Last error: unchanged. Lock: yes. */
+WEXELXI_API BOOL DeleteObject(HGDIOBJ object);
+
+/** Tells what a font was asked for and which file it uses. Must not run beside CreateFontIndirect
+ * or DeleteObject on another thread.
+ *  @param font  a font; anything else writes nothing and gives "Invalid HFONT passed to
+ * GetFontInfo" to the hook, severity 0.
+ *  @param info  receives the answer.
+ *  Last error: unchanged. Lock: no. */
+WEXELXI_API void GetFontInfo(HFONT font, FontInfoRecord *info);
+
+/** Measures the selected font. Without a live one the record is zero apart from its four constant
+ *  bytes.
+ *  @param hdc      the device context. Null gives "NULL HDC passed to GetTextMetrics" to the hook,
+ *                  severity 1, and is else treated as one without a font.
+ *  @param metrics  receives all 56 bytes.
+ *  @return TRUE always. No selected font reports "HDC with no selected font passed to
+ *          GetTextMetrics", severity 1; then, as for a deleted one, "Invalid HFONT selected into
+ * HDC passed to GetTextMetrics", severity 0. Last error: unchanged. Lock: yes. */
+WEXELXI_API BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics);
+
+/** Measures a text in the selected font.
+ *  @param hdc    the device context; reports as GetTextMetrics, each with this function's name.
+ *  @param text   UTF-8; bytes that are not are measured as Pango's sign for them. Null: empty.
+ *  @param count  bytes; a NUL ends the text earlier; negative: up to the NUL.
+ *  @param size   receives the width, 1 at least for an empty text, and ascent + descent; unwritten
+ *                without a live font.
+ *  @return TRUE always. Last error: unchanged. Lock: yes. */
+WEXELXI_API BOOL GetTextExtentPoint32(HDC hdc, LPCSTR text, int32_t count, SIZE *size);
+
+/** Draws nothing and reads no argument. The result means nothing. Last error: 0. Lock: yes. */
+WEXELXI_API BOOL TextOut(HDC hdc, int32_t x, int32_t y, LPCSTR text, int32_t count);
+
+/** @} */
+
+/** \defgroup font_catalogue Installed fonts
+ *  @{ */
+
+/** Receives one installed font: the family in logfont->lfFaceName, the pitch in both records, the
+ *  character set in metrics; all other fields are 0. The records are the library's and are reused.
+ *  Called with the lock held; it may call the library.
+ *  @param fontType  TRUETYPE_FONTTYPE for an outline font in a file named *.ttf, else 0.
+ *  @param data      what EnumFonts was given.
+ *  @return 0 ends the enumeration. */
+typedef int32_t (*FONTENUMPROC)(const LOGFONT *logfont, const TEXTMETRIC *metrics,
+                                uint32_t fontType, LPARAM data);
+
+/** Starts the fonts: fontconfig, and a font map for each resolution, the screen's at gLOGPIXELSY.
+ *  InitLib calls it; a host may do so again, which makes the maps anew.
+ *  @return 0; 3 if fontconfig cannot start. Last error: unchanged. Lock: no. */
+WEXELXI_API int32_t InitFonts(void);
+
+/** Ends the fonts: every font is freed, its handle invalid. FreeLib calls it; harmless when
+ *  repeated. Last error: unchanged. Lock: no. */
+WEXELXI_API void TermFonts(void);
+
+/** Calls back for each installed font of a family. The first enumeration that finds a font makes
+ * its first one the last resort of CreateFontIndirect.
+ *  @param hdc       not read.
+ *  @param family    the family; null: every font.
+ *  @param callback  gets the fonts.
+ *  @param data      handed on.
+ *  @return what the last call of callback returned; 0 without one. Last error: unchanged.
+ *          Lock: yes, held across the callbacks. */
+WEXELXI_API int32_t EnumFonts(HDC hdc, LPCSTR family, FONTENUMPROC callback, LPARAM data);
+
 /** @} */
 
 #ifdef __cplusplus

@@ -1,0 +1,23 @@
+// Finds the font file for a family, a weight and a slant. The global lock guards what it remembers.
+#pragma once
+
+#include <string>
+
+#include "fonts/owners.h"
+
+namespace wexelxi {
+
+// The pattern of the best outline font of exactly that family, or null. It bears family, weight,
+// slant, file, outline and spacing as far as the font has them.
+PatternPtr FindFont(const std::string &family, int32_t weight, bool italic);
+
+// Drops every remembered answer.
+void ForgetFoundFonts();
+
+// A pattern's file, or null; it belongs to the pattern.
+const char *FileOf(const FcPattern *font);
+
+bool IsOutline(const FcPattern *font);
+bool IsMonospaced(const FcPattern *font);
+
+} // namespace wexelxi
