@@ -11,6 +11,59 @@
 extern "C" {
 #endif
 
+#define INFINITE 0xFFFFFFFFu
+#define WAIT_OBJECT_0 0u
+#define WAIT_FAILED 0xFFFFFFFFu
+
+/** Flag of CreateThread: the thread can be waited for. */
+#define CREATE_JOINABLE 0x100u
+
+/** A thread's routine; its result is dropped. */
+typedef void *(*THREAD_START_ROUTINE)(void *argument);
+
+/** Makes a semaphore of this process.
+ *  @param attributes    must be null.
+ *  @param initialCount  waits that pass before the first release; negative is refused.
+ *  @param maximumCount  not read: the only limit is the platform's.
+ *  @param name          must be null.
+ *  @return a handle for CloseHandle, or null. Last error: 0; 31. Lock: yes. */
+WEXELXI_API HANDLE CreateSemaphore(LPVOID attributes, int32_t initialCount, int32_t maximumCount,
+                                   const char *name);
+
+/** Raises a semaphore by one, whatever the count says.
+ *  @param semaphore      a handle of CreateSemaphore.
+ *  @param count          not read.
+ *  @param previousCount  neither read nor written.
+ *  @return TRUE, or FALSE on another handle or at the platform's limit.
+ *  Last error: 0; 31. Lock: yes. */
+WEXELXI_API BOOL ReleaseSemaphore(HANDLE semaphore, int32_t count, int32_t *previousCount);
+
+/** Starts a thread, at once.
+ *  @param attributes  must be null.
+ *  @param stackSize   must be 0.
+ *  @param routine     runs on the new thread.
+ *  @param argument    handed to it.
+ *  @param flags       CREATE_JOINABLE, or 0 for a detached thread, which cannot be waited for. All
+ *                     other bits are ignored.
+ *  @param threadId    receives what GetCurrentThreadId gives on the thread, or null.
+ *  @return a handle for CloseHandle, which leaves the thread running; or null.
+ *  Last error: 0; 31. Lock: yes. */
+WEXELXI_API HANDLE CreateThread(LPVOID attributes, uint32_t stackSize, THREAD_START_ROUTINE routine,
+                                LPVOID argument, uint32_t flags, UINT_PTR *threadId);
+
+/** Waits for a semaphore, and takes one from it, or for the end of a thread.
+ *  Blocks without the global lock; but a caller that holds the lock keeps it through the wait.
+ *  @param handle   a semaphore, or a thread made with CREATE_JOINABLE that was not waited for yet.
+ *  @param timeout  must be INFINITE: 0 is no poll but refused.
+ *  @return WAIT_OBJECT_0 or WAIT_FAILED. Last error: 0; 31. Lock: yes, but not while it waits. */
+WEXELXI_API uint32_t WaitForSingleObject(HANDLE handle, uint32_t timeout);
+
+/** Lets another thread run. Always TRUE. Last error: unchanged. Lock: no. */
+WEXELXI_API BOOL SwitchToThread(void);
+
+/** The calling thread's pthread_t. Last error: unchanged. Lock: no. */
+WEXELXI_API UINT_PTR GetCurrentThreadId(void);
+
 /** A slot that the caller owns; it points to a recursive mutex, null while not initialised. */
 typedef void *CRITICAL_SECTION;
 
