@@ -19,5 +19,6 @@
 #include "wexelxi/threads.h"
 #include "wexelxi/time.h"
 #include "wexelxi/types.h"
+#include "wexelxi/unicode.h"
 
 #endif
