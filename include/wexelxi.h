@@ -13,6 +13,7 @@
 #include "wexelxi/fonts.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"
+#include "wexelxi/paths.h"
 #include "wexelxi/printers.h"
 #include "wexelxi/resources.h"
 #include "wexelxi/text.h"
