@@ -9,6 +9,8 @@
 #include "wexelxi/fonts.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"
+#include "wexelxi/preferences.h"
+#include "wexelxi/profile.h"
 #include "wexelxi/threads.h"
 
 using namespace wexelxi;
@@ -20,6 +22,30 @@ static void CopyHostPath(const char *hostPath)
     gWEXELfullPath = static_cast<char *>(GlobalAlloc(GLOBAL_ZEROFILL, kPathBytes));
     if (gWEXELfullPath)
         strncat(gWEXELfullPath, hostPath, kPathBytes - 1);
+}
+
+// A value that does not fit counts as unset, as an empty one does.
+static void TakeFolderFromEnvironment()
+{
+    char folder[kPathBytes] = "";
+    GetEnvironmentVariable("WEXELXIDIR", folder, sizeof folder);
+    if (folder[0] != '\0')
+        SetWexelXiFolder(folder);
+}
+
+static uint32_t ReadSetupNumber(const char *key, const char *defaultValue)
+{
+    char value[9];
+    GetProfileString("Setup", key, defaultValue, value, sizeof value);
+    return static_cast<uint32_t>(strtoul(value, nullptr, 10));
+}
+
+static void LoadSetup()
+{
+    gFileMode = static_cast<uint8_t>(ReadSetupNumber("FileCaseMode", "0"));
+    gUseOverride = static_cast<uint8_t>(ReadSetupNumber("UseOverride", "0"));
+    gPrinterXMargin = static_cast<int32_t>(ReadSetupNumber("XPrinterMargin", "10"));
+    gPrinterYMargin = static_cast<int32_t>(ReadSetupNumber("YPrinterMargin", "10"));
 }
 
 // Allocates a new key. Keys are never given back, so a process that starts the library some five
@@ -56,11 +82,14 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
     gTerminating = 0;
     gGAllocNum = 0;
     gGAllocMem = 0;
+    TakeFolderFromEnvironment();
     gWexelResFunc = resFunc;
     CopyHostPath(hostPath);
     InitModule();
+    LoadSetup();
     gLOGPIXELSY = 96;
     gLOGPIXELSX = 96;
+    gLoadPref();
     if (const int32_t status = InitFonts()) {
         FreeLib();
         return status;
@@ -78,10 +107,12 @@ void FreeLib(void)
         DeleteObject(gGeneralFont);
         gGeneralFont = nullptr;
         TermFonts();
+        gFreePref();
         GlobalFree(gWEXELfullPath);
         gWEXELfullPath = nullptr;
         SetLastErrorString(nullptr);
         TermModule();
     }
     DeleteCriticalSection(&gWexelxiCriticalSection);
+    TermIni();
 }

@@ -8,8 +8,8 @@
 #include "core/lock.h"
 #include "modules/module_chain.h"
 #include "modules/module_names.h"
-#include "modules/pending.h"
 #include "wexelxi/memory.h"
+#include "wexelxi/preferences.h"
 #include "wexelxi/resources.h"
 
 using namespace wexelxi;

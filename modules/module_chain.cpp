@@ -8,8 +8,8 @@
 #include "core/last_error.h"
 #include "core/lock.h"
 #include "modules/module_names.h"
-#include "modules/pending.h"
 #include "wexelxi/memory.h"
+#include "wexelxi/profile.h"
 #include "wexelxi/time.h"
 
 using namespace wexelxi;

@@ -1,0 +1,159 @@
+// The walk over a profile text. All scanning is by memchr, and no byte is passed more than a few
+// times however the text is made.
+#include "profile/ini_text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace wexelxi {
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+bool IsLineEnd(char c)
+{
+    return c == '\r' || c == '\n';
+}
+
+// Finds the line ends of a text for places that never go back. The next LF is remembered, so that a
+// text whose lines end in a bare CR is searched for an LF only once.
+class LineEnds {
+public:
+    explicit LineEnds(std::string_view text) : text_(text) {}
+
+    // The first CR or LF at or behind `from`, or the end of the text.
+    size_t EndOfLine(size_t from)
+    {
+        if (!lfIsKnown_ || lf_ < from) {
+            lf_ = std::min(text_.find('\n', from), text_.size());
+            lfIsKnown_ = true;
+        }
+        const size_t cr = text_.substr(0, lf_).find('\r', from);
+        return std::min(cr, lf_);
+    }
+
+    // The start of the next line: a line end takes one LF directly behind it with it.
+    size_t NextLine(size_t from)
+    {
+        const size_t end = EndOfLine(from);
+        if (end == text_.size())
+            return end;
+        return end + 1 < text_.size() && text_[end + 1] == '\n' ? end + 2 : end + 1;
+    }
+
+private:
+    std::string_view text_;
+    size_t lf_ = 0;
+    bool lfIsKnown_ = false;
+};
+
+// The next header of a section, from a line's start on: the place behind its name, or kNoPlace.
+// The name runs to the first ']' or the end of the text, also across lines; a '[' opens a header
+// only at the start of a line, which is the start of the search or a place behind a line end.
+size_t FindSection(std::string_view text, size_t from, std::string_view section)
+{
+    if (section.find(']') != kNoPlace)
+        return kNoPlace;
+    for (size_t at = text.find('[', from); at != kNoPlace; at = text.find('[', at + 1)) {
+        if (at != from && !IsLineEnd(text[at - 1]))
+            continue;
+        const size_t end = at + 1 + section.size();
+        if (text.substr(at + 1, section.size()) == section &&
+            (end == text.size() || text[end] == ']'))
+            return end;
+    }
+    return kNoPlace;
+}
+
+bool EndsSection(std::string_view text, size_t line)
+{
+    return line >= text.size() || static_cast<signed char>(text[line]) < 33;
+}
+
+void AppendAll(std::string &target, std::initializer_list<std::string_view> parts)
+{
+    for (std::string_view part : parts)
+        target += part;
+}
+
+} // namespace
+
+std::string_view ParsedPart(std::string_view file)
+{
+    return file.substr(0, file.find('\0'));
+}
+
+size_t NextLineStart(std::string_view text, size_t from)
+{
+    return LineEnds(text).NextLine(from);
+}
+
+IniKeySearch SearchIniKey(std::string_view text, std::string_view section, std::string_view key)
+{
+    IniKeySearch found;
+    LineEnds lines(text);
+    size_t line = 0;
+    for (size_t header; (header = FindSection(text, line, section)) != kNoPlace;) {
+        line = lines.NextLine(header);
+        for (;;) {
+            found.position = line;
+            if (EndsSection(text, line))
+                break;
+            const size_t equals = std::min(text.find('=', line), text.size());
+            if (equals < text.size() && text.substr(line, equals - line) == key) {
+                found.value = equals + 1;
+                return found;
+            }
+            line = lines.NextLine(equals);
+        }
+        line = lines.NextLine(line);
+    }
+    return found;
+}
+
+std::string_view IniValueAt(std::string_view text, size_t from)
+{
+    return text.substr(from, LineEnds(text).EndOfLine(from) - from);
+}
+
+uint32_t CopyIniSection(std::string_view text, std::string_view section, char *destination,
+                        uint32_t size)
+{
+    uint32_t used = 0;
+    LineEnds lines(text);
+    size_t line = 0;
+    for (size_t header; (header = FindSection(text, line, section)) != kNoPlace;) {
+        line = lines.NextLine(header);
+        for (; !EndsSection(text, line) && text[line] != '['; line = lines.NextLine(line)) {
+            const size_t length = lines.EndOfLine(line) - line;
+            if (length + 2 > size - used)
+                return std::max(size, 2u) - 2;
+            memcpy(destination + used, text.data() + line, length);
+            used += static_cast<uint32_t>(length) + 1;
+            destination[used - 1] = '\0';
+            destination[used] = '\0';
+        }
+        line = lines.NextLine(line);
+    }
+    return used;
+}
+
+IniRewrite PlanIniRewrite(std::string_view file, std::string_view section, std::string_view key,
+                          std::string_view value)
+{
+    const std::string_view text = ParsedPart(file);
+    const IniKeySearch found = SearchIniKey(text, section, key);
+    const size_t place = std::min(found.position, text.size());
+    IniRewrite plan{place, {}, place};
+    plan.text.reserve(section.size() + key.size() + value.size() + 16);
+    if (found.value != kNoPlace)
+        plan.resume = NextLineStart(text, place);
+    else if (found.position == kNoPlace)
+        AppendAll(plan.text, {file.empty() ? "" : kLineEnd, "[", section, "]", kLineEnd});
+    else if (place == text.size() && !IsLineEnd(text.back()))
+        plan.text += kLineEnd; // the last line has no end yet, and nothing may be joined to it
+    AppendAll(plan.text, {key, "=", value, kLineEnd});
+    return plan;
+}
+
+} // namespace wexelxi
