@@ -4,7 +4,6 @@
 #include <string>
 
 #include "modules/module_names.h"
-#include "modules/pending.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
