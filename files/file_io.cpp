@@ -28,11 +28,12 @@ HANDLE NewFileHandle(Stream stream, uint32_t portType)
     return record;
 }
 
+// A command that the host starts gets none of these: "e".
 const char *StreamMode(bool fresh, uint32_t access)
 {
     if (access & GENERIC_WRITE)
-        return fresh ? "w+" : "r+";
-    return fresh ? "w" : "r";
+        return fresh ? "w+e" : "r+e";
+    return fresh ? "we" : "re";
 }
 
 Stream OpenStream(const char *path, bool fresh, uint32_t access)

@@ -14,7 +14,7 @@ namespace wexelxi {
 
 Stream OpenPort(const char *path)
 {
-    const int descriptor = open(path, O_RDWR | O_NOCTTY | O_SYNC);
+    const int descriptor = open(path, O_RDWR | O_NOCTTY | O_SYNC | O_CLOEXEC);
     if (descriptor < 0)
         return FailWith<Stream>(ERROR_GEN_FAILURE, nullptr);
     Stream stream(fdopen(descriptor, "r+"));
