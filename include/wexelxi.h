@@ -16,6 +16,7 @@
 #include "wexelxi/paths.h"
 #include "wexelxi/preferences.h"
 #include "wexelxi/printers.h"
+#include "wexelxi/processes.h"
 #include "wexelxi/profile.h"
 #include "wexelxi/resources.h"
 #include "wexelxi/text.h"
