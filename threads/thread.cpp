@@ -48,16 +48,6 @@ static bool ClaimJoin(HandleRecord *record)
     return true;
 }
 
-static bool WaitForThread(HandleRecord *record, pthread_t thread)
-{
-    const int code = pthread_join(thread, nullptr);
-    if (code == EDEADLK) { // it waits for the caller: others may still wait for it
-        LockScope lock;
-        record->detached = 0;
-    }
-    return code == 0;
-}
-
 static bool CanWait(HandleRecord *record, uint32_t timeout)
 {
     if (!record || timeout != INFINITE)
@@ -79,7 +69,7 @@ uint32_t WaitForSingleObject(HANDLE handle, uint32_t timeout)
             thread = record->thread;
     }
     // The lock is given back, one level of it, for as long as the wait lasts.
-    if (isThread ? WaitForThread(record, thread) : WaitForSemaphore(&record->sem)) {
+    if (isThread ? pthread_join(thread, nullptr) == 0 : WaitForSemaphore(&record->sem)) {
         SetLastError(ERROR_SUCCESS);
         return WAIT_OBJECT_0;
     }
