@@ -10,7 +10,6 @@
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"
 #include "wexelxi/preferences.h"
-#include "wexelxi/printers.h"
 #include "wexelxi/profile.h"
 #include "wexelxi/threads.h"
 
@@ -95,7 +94,6 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
         FreeLib();
         return status;
     }
-    InitCUPS();
     gReady = 1;
     return 0;
 }
@@ -114,7 +112,6 @@ void FreeLib(void)
         gWEXELfullPath = nullptr;
         SetLastErrorString(nullptr);
         TermModule();
-        TermCUPS();
     }
     DeleteCriticalSection(&gWexelxiCriticalSection);
     TermIni();

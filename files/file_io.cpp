@@ -10,6 +10,7 @@
 #include "files/handle.h"
 #include "files/owners.h"
 #include "files/port_io.h"
+#include "wexelxi/comm.h"
 #include "wexelxi/files.h"
 #include "wexelxi/find.h"
 
@@ -76,8 +77,10 @@ HANDLE CreateFile(const char *name, uint32_t access, uint32_t, LPVOID, uint32_t 
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    const uint32_t portType = 0;
-    const char *path = name;
+    char device[255];
+    // Upper-cases the name in place if it is a port's, as hosts know it.
+    const uint32_t portType = GetPortName(const_cast<char *>(name), device, sizeof device);
+    const char *path = portType ? device : name;
     if (disposition == CREATE_NEW && DoesFileExist(path))
         return FailWith(ERROR_FILE_EXISTS, INVALID_HANDLE_VALUE);
     Stream stream = portType ? OpenPort(path) : OpenFile(path, access, disposition);
@@ -92,10 +95,11 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, uint32_t count, uint32_t *bytesRead,
     FILE *stream = HandleToStream(handle);
     if (!stream)
         return FALSE;
+    const bool isLine = IsLineDevice(GetHandlePortType(handle));
+    const LineTimeoutCleared cleared(isLine ? handle : nullptr);
     SetLastError(ERROR_SUCCESS);
-    const uint32_t received = IsLineDevice(GetHandlePortType(handle))
-                                  ? ReadLineDevice(stream, buffer, count)
-                                  : ReadStream(stream, buffer, count);
+    const uint32_t received =
+        isLine ? ReadLineDevice(stream, buffer, count) : ReadStream(stream, buffer, count);
     if (bytesRead)
         *bytesRead = received;
     return TRUE;

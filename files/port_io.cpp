@@ -9,6 +9,7 @@
 
 #include "core/last_error.h"
 #include "wexelxi/core.h"
+#include "wexelxi/profile.h"
 
 namespace wexelxi {
 
@@ -49,7 +50,7 @@ static time_t DrainSeconds()
 {
     constexpr time_t kDefaultSeconds = 120;
     char text[5] = "";
-    // GetProfileString("Ports", "Delay", "", text, sizeof text);
+    GetProfileString("Ports", "Delay", "", text, sizeof text);
     const time_t seconds = strtol(text, nullptr, 10);
     return seconds == 0 ? kDefaultSeconds : seconds;
 }
@@ -60,6 +61,23 @@ void DrainLineDevice(FILE *stream)
     const time_t start = time(nullptr);
     while (tcdrain(fileno(stream)) != 0 && time(nullptr) - start < limit) {
     }
+}
+
+LineTimeoutCleared::LineTimeoutCleared(HANDLE line) : line_(line)
+{
+    if (!line_ || !GetCommTimeouts(line_, &timeouts_) || timeouts_.VTimeTenths == 0)
+        return;
+    tenths_ = timeouts_.VTimeTenths;
+    timeouts_.VTimeTenths = 0;
+    SetCommTimeouts(line_, &timeouts_);
+}
+
+LineTimeoutCleared::~LineTimeoutCleared()
+{
+    if (tenths_ == 0)
+        return;
+    timeouts_.VTimeTenths = tenths_;
+    SetCommTimeouts(line_, &timeouts_);
 }
 
 } // namespace wexelxi

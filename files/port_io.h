@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "files/owners.h"
+#include "wexelxi/comm.h"
 
 namespace wexelxi {
 
@@ -26,5 +27,20 @@ uint32_t WriteLineDevice(FILE *stream, const void *buffer, uint32_t count);
 
 // Waits for the output to leave, retrying for at most the seconds of key "Delay" in the profile.
 void DrainLineDevice(FILE *stream);
+
+// Clears a line's timeout for the length of a read, so that the read does not wait. A null handle
+// asks for nothing.
+class [[nodiscard]] LineTimeoutCleared {
+public:
+    explicit LineTimeoutCleared(HANDLE line);
+    ~LineTimeoutCleared();
+    LineTimeoutCleared(const LineTimeoutCleared &) = delete;
+    LineTimeoutCleared &operator=(const LineTimeoutCleared &) = delete;
+
+private:
+    HANDLE line_;
+    COMMTIMEOUTS timeouts_ = {};
+    uint32_t tenths_ = 0;
+};
 
 } // namespace wexelxi
