@@ -11,6 +11,7 @@
 #include "wexelxi/files.h"
 #include "wexelxi/find.h"
 #include "wexelxi/fonts.h"
+#include "wexelxi/locale.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"
 #include "wexelxi/paths.h"
