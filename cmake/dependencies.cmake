@@ -2,6 +2,11 @@
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 find_package(Cups REQUIRED)
+set(WEXELXI_PPD_LIBRARY "" CACHE STRING
+    "pkg-config name of the library that has the PPD calls, where libcups no longer has them")
+if(WEXELXI_PPD_LIBRARY)
+  pkg_check_modules(PPD REQUIRED IMPORTED_TARGET ${WEXELXI_PPD_LIBRARY})
+endif()
 pkg_check_modules(FONTCONFIG REQUIRED IMPORTED_TARGET fontconfig)
 pkg_check_modules(PANGOFT2 REQUIRED IMPORTED_TARGET pangoft2)
 

@@ -10,6 +10,7 @@
 #include "wexelxi/memory.h"
 #include "wexelxi/modules.h"
 #include "wexelxi/preferences.h"
+#include "wexelxi/printers.h"
 #include "wexelxi/profile.h"
 #include "wexelxi/threads.h"
 
@@ -94,6 +95,7 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
         FreeLib();
         return status;
     }
+    InitCUPS();
     gReady = 1;
     return 0;
 }
@@ -112,6 +114,7 @@ void FreeLib(void)
         gWEXELfullPath = nullptr;
         SetLastErrorString(nullptr);
         TermModule();
+        TermCUPS();
     }
     DeleteCriticalSection(&gWexelxiCriticalSection);
     TermIni();

@@ -1,0 +1,175 @@
+// Questions about papers and bins, answered out of a printer's rows.
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "core/last_error.h"
+#include "core/lock.h"
+#include "print/devmode.h"
+#include "print/merge.h"
+#include "print/printer_cache.h"
+#include "wexelxi/printers.h"
+
+using namespace wexelxi;
+
+template <typename Row>
+static int32_t GiveRows(const Row *rows, int32_t count, void *buffer)
+{
+    if (buffer)
+        memcpy(buffer, rows, sizeof(Row) * static_cast<size_t>(count));
+    return count;
+}
+
+static int32_t GiveCapability(const PrinterPPDEntry *entry, uint16_t capability, void *buffer)
+{
+    switch (capability) {
+    case DC_PAPERS:
+        return GiveRows(entry->paperCodes, entry->paperCount, buffer);
+    case DC_PAPERSIZE:
+        return GiveRows(entry->paperSizes, entry->paperCount, buffer);
+    case DC_PAPERNAMES:
+        return GiveRows(entry->paperNames, entry->paperCount, buffer);
+    case DC_PAPERMARGINS:
+        return GiveRows(entry->paperMargins, entry->paperCount, buffer);
+    case DC_BINS:
+        return GiveRows(entry->binCodes, entry->binCount, buffer);
+    case DC_BINNAMES:
+        return GiveRows(entry->binNames, entry->binCount, buffer);
+    default:
+        return FailWith(ERROR_INVALID_PARAMETER, -1);
+    }
+}
+
+int32_t DeviceCapabilities(const char *name, const char *, uint32_t capability, void *buffer,
+                           const DEVMODE *)
+{
+    const auto number = static_cast<uint16_t>(capability);
+    if (number == DC_FIELDS)
+        return DM_ALLFIELDS;
+    if (number == DC_COPIES)
+        return 100;
+    PrinterPPDEntry *entry;
+    LockScope lock;
+    if (OpenPrinterPPD(name, &entry) != 0)
+        return -1;
+    return GiveCapability(entry, number, buffer);
+}
+
+static int32_t RowOrFirst(int32_t row, int32_t count)
+{
+    return row >= 0 && row < count ? row : 0;
+}
+
+// False for a damaged record that ends in front of the fields of paper and bin. One that says
+// nothing about its size is a plain head of the host's.
+static bool HoldsPaperAndBin(const DEVMODE *record)
+{
+    const size_t bytes = RecordBytes(record);
+    return bytes == 0 || bytes >= offsetof(DEVMODE, dmPrintQuality);
+}
+
+void GetPaperFromIndex(HPRINTERPPD printer, int32_t row, DEVMODE *record)
+{
+    LockScope lock;
+    if (!printer || !HoldsPaperAndBin(record))
+        return;
+    const int32_t i = RowOrFirst(row, printer->paperCount);
+    record->dmPaperSize = static_cast<int16_t>(printer->paperCodes[i]);
+    record->dmPaperWidth = static_cast<int16_t>(printer->paperSizes[i].width);
+    record->dmPaperLength = static_cast<int16_t>(printer->paperSizes[i].length);
+}
+
+void GetBinFromIndex(HPRINTERPPD printer, int32_t row, DEVMODE *record)
+{
+    LockScope lock;
+    if (!printer || !HoldsPaperAndBin(record))
+        return;
+    record->dmDefaultSource =
+        static_cast<int16_t>(printer->binCodes[RowOrFirst(row, printer->binCount)]);
+}
+
+// The first row of that code, which is signed while the rows are not: a negative one has no row.
+static std::optional<int32_t> FindCode(const uint16_t *codes, int32_t count, int16_t code)
+{
+    const uint16_t *const found = std::find(codes, codes + count, static_cast<int32_t>(code));
+    if (found == codes + count)
+        return std::nullopt;
+    return static_cast<int32_t>(found - codes);
+}
+
+template <size_t width>
+static void CopyName(const char (&row)[width], char *name)
+{
+    memcpy(name, row, width);
+    name[width] = '\0';
+}
+
+// No lock of its own: the rows never change, and stay until TermCUPS.
+void GetPaperName(const DEVMODE *record, char *name)
+{
+    *name = '\0';
+    PrinterPPDEntry *entry;
+    if (OpenPrinterOfRecord(record, &entry) != 0 || !HoldsPaperAndBin(record))
+        return;
+    if (const auto i = FindCode(entry->paperCodes, entry->paperCount, record->dmPaperSize))
+        CopyName(entry->paperNames[*i], name);
+}
+
+// No lock of its own, as GetPaperName.
+void GetBinName(const DEVMODE *record, char *name)
+{
+    *name = '\0';
+    PrinterPPDEntry *entry;
+    if (OpenPrinterOfRecord(record, &entry) != 0 || !HoldsPaperAndBin(record))
+        return;
+    if (entry->binCount < 2)
+        return;
+    if (const auto i = FindCode(entry->binCodes, entry->binCount, record->dmDefaultSource))
+        CopyName(entry->binNames[*i], name);
+}
+
+BOOL GetDeviceMarginInfo(const char *name, int32_t paperCode, int32_t *left, int32_t *top,
+                         int32_t *right, int32_t *bottom)
+{
+    LockScope lock;
+    const PrinterName parts = SplitPrinterName(name);
+    PrinterPPDEntry *entry;
+    if (FindOrCreatePrinterPPD(parts.printer, parts.instance, &entry) != 0)
+        return FALSE;
+    const auto i = FindCode(entry->paperCodes, entry->paperCount, static_cast<int16_t>(paperCode));
+    if (!i)
+        return FALSE;
+    const DCPAPERMARGINS &margins = entry->paperMargins[*i];
+    *left = margins.left;
+    *top = margins.top;
+    *right = margins.right;
+    *bottom = margins.bottom;
+    return TRUE;
+}
+
+static PrinterOffer OfferOf(const PrinterPPDEntry *printer)
+{
+    if (!printer)
+        return {};
+    const auto papers = static_cast<size_t>(printer->paperCount);
+    const auto bins = static_cast<size_t>(printer->binCount);
+    return {{printer->paperCodes, papers}, {printer->binCodes, bins}, printer->binNames};
+}
+
+void UpdatePPD(const char *name, const char *instance, const DEVMODE *record)
+{
+    LockScope lock;
+    PrinterPPDEntry *entry;
+    if (FindOrCreatePrinterPPD(name, instance, &entry) != 0)
+        return;
+    DEVMODE *current = entry->currentDevMode;
+    if (RecordBytes(record) == RecordBytes(current)) {
+        memmove(current, record, RecordBytes(record));
+        return;
+    }
+    const uint32_t lastError = GetLastError();
+    PrinterPPDEntry *from = nullptr;
+    OpenPrinterOfRecord(record, &from);
+    MergeSettings(record, current, OfferOf(from), OfferOf(entry));
+    SetLastError(lastError);
+}

@@ -1,0 +1,38 @@
+// The destinations that CUPS lists, asked for anew each time and released with the scope.
+#pragma once
+
+#include <cups/cups.h>
+#include <span>
+#include <string>
+
+#include "print/devmode_build.h"
+
+namespace wexelxi {
+
+class Destinations {
+public:
+    Destinations() : count_(cupsGetDests(&list_)) {}
+    ~Destinations()
+    {
+        if (list_)
+            cupsFreeDests(count_, list_);
+    }
+    Destinations(const Destinations &) = delete;
+    Destinations &operator=(const Destinations &) = delete;
+
+    std::span<const cups_dest_t> all() const
+    {
+        return {list_, list_ && count_ > 0 ? static_cast<size_t>(count_) : 0};
+    }
+    // Null if there is none of that name and instance.
+    const cups_dest_t *find(const char *name, const char *instance) const
+    {
+        return all().empty() ? nullptr : cupsGetDest(name, instance, count_, list_);
+    }
+
+private:
+    cups_dest_t *list_ = nullptr;
+    int count_;
+};
+
+} // namespace wexelxi

@@ -1,0 +1,52 @@
+// A print scheduler of the test's own: its configuration, socket, queues and saved options stand in
+// a scratch folder, and this process and its children ask it instead of the machine's.
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+#include "support/scratch.h"
+
+class PrivateCups {
+public:
+    // Starts the scheduler and points the environment at it. Make it before anything asks CUPS.
+    PrivateCups();
+    ~PrivateCups();
+    PrivateCups(const PrivateCups &) = delete;
+    PrivateCups &operator=(const PrivateCups &) = delete;
+
+    bool running() const { return pid_ > 0; }
+    const std::string &whyNot() const { return whyNot_; }
+
+    // Each runs the CUPS command of that purpose; false if it fails.
+    bool AddPrinter(const std::string &name, const std::string &ppd = {});
+    bool SetDefault(const std::string &destination);
+    bool SaveOptions(const std::string &destination, const std::vector<std::string> &options);
+    bool RemovePrinter(const std::string &name);
+
+    // Puts other bytes where the scheduler keeps a queue's PPD, which it would not take itself.
+    void ReplacePPD(const std::string &name, const std::string &bytes) const;
+
+    // Goes away, as a scheduler does.
+    void Stop();
+
+    // What fetched PPDs have left in the folder for temporary files.
+    size_t TemporaryFiles() const;
+
+    const ScratchFolder folder;
+
+private:
+    void WriteConfiguration() const;
+    bool AwaitSocket();
+    bool HasEnded();
+    std::string Socket() const { return folder.file("run/cups.sock"); }
+
+    pid_t pid_ = 0;
+    std::string whyNot_;
+};
+
+// Skips the test where no scheduler can be started.
+#define SKIP_WITHOUT_CUPS(cups) \
+    if (!(cups).running())      \
+    GTEST_SKIP() << (cups).whyNot()
