@@ -29,9 +29,9 @@ bool WidthsAreSound(const DEVMODEOPTION *option)
 
 bool IsWholeNode(const DEVMODEOPTION *option, size_t available)
 {
-    if (available < sizeof(DEVMODEOPTION) || option->length < 0 || !WidthsAreSound(option))
+    if (available < sizeof(DEVMODEOPTION) || !WidthsAreSound(option))
         return false;
-    const auto length = static_cast<size_t>(option->length);
+    const auto length = static_cast<size_t>(option->length); // a negative one becomes too long
     return length <= available &&
            length == sizeof(DEVMODEOPTION) + TextFieldsBytes(option) +
                          static_cast<size_t>(option->valueCount) * RowBytes(option);

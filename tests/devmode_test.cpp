@@ -1,6 +1,7 @@
 // Records in memory: the walk, the changes, damaged blocks, merging without printers.
 #include <gtest/gtest.h>
 
+#include "print/devmode.h"
 #include "print/merge.h"
 #include "support/record.h"
 #include "wexelxi/core.h"
@@ -131,6 +132,28 @@ TEST(Damage, EndsTheWalkAtTheFirstBadNode)
     }
 }
 
+TEST(Damage, LeavesNothingToWalk)
+{
+    const TestRecord record(kOptions);
+    DEVMODEOPTION *option = FindDevModeOption(record.get(), "Hollow");
+    option->valueCount = -1; // rows that count backwards, in a node as much shorter
+    option->length -= 3;
+    EXPECT_EQ(KeywordsOf(record.get()), "Binding12 ");
+    EXPECT_EQ(NextDevModeOption(record.get(), option), nullptr);
+    const TestRecord other(kOptions);
+    EXPECT_EQ(NextDevModeOption(record.get(), NextDevModeOption(other.get(), nullptr)), nullptr);
+
+    std::string bytes(392, '\0'); // a head of no bytes, a node where the name should be
+    const std::string node = NodeBytes(kOptions[0]);
+    bytes.replace(0, node.size(), node);
+    bytes.replace(388, 4, std::string("\0\0\x88\1", 4));
+    EXPECT_EQ(NextDevModeOption(TestRecord(bytes).get(), nullptr), nullptr);
+    EXPECT_EQ(PrinterNameOf(TestRecord(bytes).get()), "");
+
+    EXPECT_EQ(PrinterNameOf(TestRecord({}, 516, std::string(300, 'n')).get()),
+              std::string(127, 'n'));
+}
+
 TEST(Damage, CutRecordsKeepTheirWholeNodes)
 {
     const std::string whole = TestRecord(kOptions).bytes();
@@ -209,9 +232,9 @@ std::string Differences(const std::string &before, const std::string &after)
 TEST(Merge, PassesTheHeadFieldByField)
 {
     const uint16_t papers[] = {1, 9, 0};
-    const uint16_t bins[] = {256, 257, 258};
-    const char names[][24] = {"Upper", "Lower", "Manual"};
-    const char others[][24] = {"lower", "Manual", "Upper"};
+    const uint16_t bins[] = {256, 257, 258, 259};
+    const char names[][24] = {"Upper", "Lower", "Manual", "Manual too"};
+    const char others[][24] = {"lower", "Manual", "Upper 2", "Upper"};
     const PrinterOffer from{papers, bins, names};
     const PrinterOffer to{papers, bins, others};
     const struct {
@@ -223,14 +246,14 @@ TEST(Merge, PassesTheHeadFieldByField)
         const char *passed;
         int bin_after;
     } rows[] = {
-        {9, 256, 516, from, to, "392-410 412-416 420-422 508-516 ", 258},
+        {9, 256, 516, from, to, "392-410 412-416 420-422 508-516 ", 259},
         {0, 258, 516, from, to, "392-410 412-416 420-422 508-516 ", 257},
         {5, 257, 516, from, to, "392-398 404-408 412-416 420-422 508-516 ", 0}, // case counts
         {-9, 999, 516, from, to, "392-398 404-408 412-416 420-422 508-516 ", 0},
         {9, 256, 516, {}, to, "392-408 412-416 420-422 508-516 ", 0},
         {9, 256, 516, from, {}, "392-398 404-408 412-416 420-422 508-516 ", 0},
-        {9, 256, 700, from, to, "392-410 412-416 420-422 508-516 ", 258},
-        {9, 256, 512, from, to, "392-410 412-416 420-422 508-512 ", 258},
+        {9, 256, 700, from, to, "392-410 412-416 420-422 508-516 ", 259},
+        {9, 256, 512, from, to, "392-410 412-416 420-422 508-512 ", 259},
         {9, 256, 409, from, to, "392-408 ", 0},
         {9, 256, 399, from, to, "392-398 ", 0},
         {9, 256, 20, from, to, "", 0},
