@@ -140,6 +140,8 @@ TEST(Damage, LeavesNothingToWalk)
     option->length -= 3;
     EXPECT_EQ(KeywordsOf(record.get()), "Binding12 ");
     EXPECT_EQ(NextDevModeOption(record.get(), option), nullptr);
+    option->length = -static_cast<int32_t>(NodeBytes(kOptions[0]).size()); // back to the first
+    EXPECT_EQ(NextDevModeOption(record.get(), option), nullptr);
     const TestRecord other(kOptions);
     EXPECT_EQ(NextDevModeOption(record.get(), NextDevModeOption(other.get(), nullptr)), nullptr);
 
