@@ -6,8 +6,7 @@
 #include "core/last_error.h"
 #include "core/lock.h"
 #include "print/devmode.h"
-#include "print/merge.h"
-#include "print/printer_cache.h"
+#include "print/document.h"
 #include "wexelxi/printers.h"
 
 using namespace wexelxi;
@@ -145,15 +144,6 @@ BOOL GetDeviceMarginInfo(const char *name, int32_t paperCode, int32_t *left, int
     *right = margins.right;
     *bottom = margins.bottom;
     return TRUE;
-}
-
-static PrinterOffer OfferOf(const PrinterPPDEntry *printer)
-{
-    if (!printer)
-        return {};
-    const auto papers = static_cast<size_t>(printer->paperCount);
-    const auto bins = static_cast<size_t>(printer->binCount);
-    return {{printer->paperCodes, papers}, {printer->binCodes, bins}, printer->binNames};
 }
 
 void UpdatePPD(const char *name, const char *instance, const DEVMODE *record)

@@ -62,8 +62,7 @@ std::span<char> OptionBlock(const DEVMODE *record)
 
 std::string PrinterNameOf(const DEVMODE *record)
 {
-    const size_t width = std::min<size_t>(record->dmSize, CCHDEVICENAME - 1);
-    return std::string(TextOf(record->dmDeviceName, width));
+    return std::string(TextOf(record->dmDeviceName, CCHDEVICENAME - 1));
 }
 
 DEVMODEOPTION *NextOption(std::span<char> block, const DEVMODEOPTION *option)

@@ -1,6 +1,6 @@
 // A settings record in memory: the walk of its option block and the changes to its rows. Pure, and
-// safe on a damaged record: nothing here reads or writes outside the record's own bytes, as long as
-// the two stored lengths can be read.
+// safe on a damaged record: nothing here reads or writes outside the record's own bytes. Only the
+// name and the two stored lengths are taken to be there.
 #pragma once
 
 #include <cstddef>

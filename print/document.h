@@ -1,9 +1,13 @@
 // Merging of records whose printers have to be asked.
 #pragma once
 
-#include "wexelxi/devmode.h"
+#include "print/merge.h"
+#include "print/printer_cache.h"
 
 namespace wexelxi {
+
+// The printer's rows, for a merge; nothing for a null printer.
+PrinterOffer OfferOf(const PrinterPPDEntry *printer);
 
 // Opens the printer of the target and then that of the source, and pours the source's settings into
 // the target. Call it with the global lock held. Leaves last error as OpenPrinterPPD did: 0, or 2
