@@ -24,7 +24,7 @@ namespace {
 constexpr size_t kPathBytes = 4096;
 constexpr std::string_view kConfigurationFile = "/wexelxi.ini";
 // The largest text that a guarded block holds with its NUL.
-constexpr off_t kMaxFileBytes = INT32_MAX - 64;
+constexpr size_t kMaxFileBytes = INT32_MAX - 64;
 
 // The configuration file's full path, or empty as long as nobody asked for it. It outlives FreeLib.
 char gIniPath[kPathBytes];
@@ -70,21 +70,18 @@ public:
         handle_ = CreateFile(name.data(), access, shareMode, nullptr, disposition,
                              FILE_ATTRIBUTE_NORMAL, nullptr);
     }
-    ~FileHandle() { Close(); }
-    FileHandle(const FileHandle &) = delete;
-    FileHandle &operator=(const FileHandle &) = delete;
-
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return handle_; }
-
-    void Close()
+    ~FileHandle()
     {
         if (IsOpen() && !CloseHandle(handle_)) {
             CloseHandle(handle_);
             SetLastError(ERROR_GEN_FAILURE);
         }
-        handle_ = INVALID_HANDLE_VALUE;
     }
+    FileHandle(const FileHandle &) = delete;
+    FileHandle &operator=(const FileHandle &) = delete;
+
+    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE Get() const { return handle_; }
 
 private:
     HANDLE handle_;
@@ -94,7 +91,26 @@ private:
 struct OrdinaryFile {
     int descriptor = -1;
     off_t size = 0;
+    dev_t device = 0;
+    ino_t inode = 0;
 };
+
+// What a batch keeps between two writes: the open file, whose text is then in the cache.
+struct Batch {
+    std::unique_ptr<FileHandle> handle;
+    OrdinaryFile file;
+    bool endsInWrite = false;
+
+    // Whether the path still leads to that file, with the text as it was left.
+    bool Continues(const char *path) const
+    {
+        struct stat now;
+        return handle && gIniCache && gIniCache->path == path && stat(path, &now) == 0 &&
+               now.st_dev == file.device && now.st_ino == file.inode &&
+               now.st_size == static_cast<off_t>(gIniCache->file.size);
+    }
+};
+Batch *gBatch = nullptr;
 
 OrdinaryFile FindOrdinaryFile(const FileHandle &handle)
 {
@@ -102,7 +118,7 @@ OrdinaryFile FindOrdinaryFile(const FileHandle &handle)
     struct stat status;
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
         return {};
-    return {descriptor, status.st_size};
+    return {descriptor, status.st_size, status.st_dev, status.st_ino};
 }
 
 bool ReadAt(int descriptor, char *bytes, size_t count)
@@ -116,19 +132,27 @@ bool ReadAt(int descriptor, char *bytes, size_t count)
     return true;
 }
 
+// Room for a text of that size, with its NUL; none if there is no such memory.
+IniFile NewText(size_t size)
+{
+    IniFile text;
+    if (size > kMaxFileBytes)
+        return text;
+    text.bytes.reset(static_cast<char *>(GlobalAlloc(0, static_cast<int32_t>(size + 1))));
+    if (!text.bytes)
+        return text;
+    text.bytes.get()[size] = '\0';
+    text.size = size;
+    return text;
+}
+
 // Reads a file of at least one byte whole. Nothing comes back from one that is too large or that
 // the platform does not read.
 IniFile ReadWhole(const OrdinaryFile &file)
 {
-    IniFile text;
-    if (file.size > kMaxFileBytes)
-        return text;
-    const auto size = static_cast<size_t>(file.size);
-    text.bytes.reset(static_cast<char *>(GlobalAlloc(0, static_cast<int32_t>(size + 1))));
-    if (!text.bytes || !ReadAt(file.descriptor, text.bytes.get(), size))
+    IniFile text = NewText(static_cast<size_t>(file.size));
+    if (text.bytes && !ReadAt(file.descriptor, text.bytes.get(), text.size))
         return {};
-    text.bytes.get()[size] = '\0';
-    text.size = size;
     return text;
 }
 
@@ -188,18 +212,33 @@ bool ChangeInPlace(int descriptor, std::string_view old, const IniRewrite &plan)
            (size >= old.size() || ftruncate(descriptor, static_cast<off_t>(size)) == 0);
 }
 
-// The disk's refusal shows as that of a buffered stream does: at the close, in the last error.
-BOOL WriteOrdinaryFile(FileHandle &handle, const OrdinaryFile &file, std::string_view section,
-                       std::string_view key, std::string_view value)
+// The text as a rewrite leaves it.
+IniFile Rewritten(std::string_view old, const IniRewrite &plan)
 {
-    const IniFile old = file.size > 0 ? ReadWhole(file) : IniFile{};
-    if (file.size > 0 && !old.bytes) {
-        handle.Close();
-        return Fail(ERROR_GEN_FAILURE); // what cannot be read cannot be kept
+    const size_t tail = old.size() - plan.resume;
+    const size_t size = plan.keep + plan.text.size() + tail;
+    IniFile text = NewText(size);
+    if (text.bytes) {
+        char *end = std::copy_n(old.data(), plan.keep, text.bytes.get());
+        end = std::copy(plan.text.begin(), plan.text.end(), end);
+        std::copy_n(old.data() + plan.resume, tail, end);
     }
-    const bool written = ChangeInPlace(file.descriptor, old.Bytes(),
-                                       PlanIniRewrite(old.Bytes(), section, key, value));
-    handle.Close();
+    return text;
+}
+
+// The disk's refusal shows as that of a buffered stream does: at the close, in the last error.
+BOOL WriteOrdinaryFile(const char *path, std::unique_ptr<FileHandle> handle,
+                       const OrdinaryFile &file, const IniFile &old, const IniRewrite &plan)
+{
+    const bool written = ChangeInPlace(file.descriptor, old.Bytes(), plan);
+    IniFile text = gBatch && written ? Rewritten(old.Bytes(), plan) : IniFile{};
+    if (text.bytes) {
+        gIniCache = new IniCache{path, std::move(text)};
+        *gBatch = {std::move(handle), file, true};
+        SetLastError(ERROR_SUCCESS);
+        return TRUE;
+    }
+    handle.reset();
     if (!written)
         SetLastError(ERROR_GEN_FAILURE);
     return TRUE;
@@ -229,6 +268,8 @@ IniFile ReadIniFile(const char *path)
 
 std::string_view ReadCachedIniText(const char *path)
 {
+    if (gBatch)
+        gBatch->endsInWrite = false;
     if (!gIniCache || gIniCache->path != path) {
         IniFile file = ReadIniFile(path);
         if (!file.bytes)
@@ -242,18 +283,46 @@ std::string_view ReadCachedIniText(const char *path)
 BOOL WriteIniFile(const char *path, std::string_view section, std::string_view key,
                   std::string_view value)
 {
+    if (gBatch && gBatch->Continues(path)) {
+        const IniFile old = std::move(gIniCache->file);
+        DropCache();
+        return WriteOrdinaryFile(path, std::move(gBatch->handle), gBatch->file, old,
+                                 PlanIniRewrite(old.Bytes(), section, key, value));
+    }
+    if (gBatch)
+        gBatch->handle.reset();
     DropCache();
-    FileHandle handle(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                      OPEN_ALWAYS);
-    if (!handle.IsOpen())
+    auto handle = std::make_unique<FileHandle>(path, GENERIC_READ | GENERIC_WRITE,
+                                               FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
+    if (!handle->IsOpen())
         return FALSE;
-    const OrdinaryFile file = FindOrdinaryFile(handle);
-    if (file.descriptor >= 0)
-        return WriteOrdinaryFile(handle, file, section, key, value);
-    // A device holds no text, and takes the new one in sequence.
-    const std::string text = PlanIniRewrite({}, section, key, value).text;
-    return WriteFile(handle.Get(), text.data(), static_cast<uint32_t>(text.size()), nullptr,
-                     nullptr);
+    const OrdinaryFile file = FindOrdinaryFile(*handle);
+    if (file.descriptor < 0) {
+        // A device holds no text, and takes the new one in sequence.
+        const std::string text = PlanIniRewrite({}, section, key, value).text;
+        return WriteFile(handle->Get(), text.data(), static_cast<uint32_t>(text.size()), nullptr,
+                         nullptr);
+    }
+    const IniFile old = file.size > 0 ? ReadWhole(file) : IniFile{};
+    if (file.size > 0 && !old.bytes) {
+        handle.reset();
+        return Fail(ERROR_GEN_FAILURE); // what cannot be read cannot be kept
+    }
+    return WriteOrdinaryFile(path, std::move(handle), file, old,
+                             PlanIniRewrite(old.Bytes(), section, key, value));
+}
+
+IniBatch::IniBatch()
+{
+    gBatch = new Batch;
+}
+
+IniBatch::~IniBatch()
+{
+    if (gBatch->endsInWrite)
+        DropCache();
+    delete gBatch;
+    gBatch = nullptr;
 }
 
 } // namespace wexelxi

@@ -38,4 +38,15 @@ IniFile ReadIniFile(const char *path);
 BOOL WriteIniFile(const char *path, std::string_view section, std::string_view key,
                   std::string_view value);
 
+// For a run of reads and writes under one hold of the lock: the file that is written stays open and
+// its text in memory, so that the next step need not read it again. What stands in the file after
+// each write, and what is cached at the end, is as without it.
+class [[nodiscard]] IniBatch {
+public:
+    IniBatch();
+    ~IniBatch();
+    IniBatch(const IniBatch &) = delete;
+    IniBatch &operator=(const IniBatch &) = delete;
+};
+
 } // namespace wexelxi

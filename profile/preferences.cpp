@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "core/lock.h"
+#include "profile/ini_file.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/preferences.h"
 #include "wexelxi/profile.h"
@@ -139,6 +140,7 @@ void LoadTexts(const char *language)
 void gLoadPref(void)
 {
     LockScope lock;
+    IniBatch batch;
     StoreTimerRate(LoadSetup());
     char language[256];
     if (GetProfileString("Localize", "Language", "", language, sizeof language) == 0) {

@@ -21,7 +21,7 @@ const char *nextLine(const char *text)
 
 int32_t findIniKey(const char *text, const char *section, const char *key, const char **position)
 {
-    if (!text)
+    if (!text || !section || !key)
         return -1;
     const IniKeySearch found = SearchIniKey(text, section, key);
     if (position && found.position != kNoPlace)
@@ -44,8 +44,10 @@ uint32_t GetPrivateProfileString(const char *section, const char *key, const cha
                                  char *destination, uint32_t size, const char *file)
 {
     LockScope lock;
-    if (!file)
+    if (!file || !destination)
         return 0;
+    if (!section || !key)
+        return defaultValue ? CopyCut(destination, size, defaultValue) : 0;
     const std::string_view text = ReadCachedIniText(ResolveIniName(file));
     const IniKeySearch found = SearchIniKey(text, section, key);
     if (found.value != kNoPlace)
@@ -64,8 +66,10 @@ uint32_t GetPrivateProfileSection(const char *section, char *destination, uint32
                                   const char *file)
 {
     LockScope lock;
+    if (!destination)
+        return 0;
     destination[0] = '\0';
-    if (!file)
+    if (!file || !section)
         return 0;
     const IniFile text = ReadIniFile(ResolveIniName(file));
     return CopyIniSection(ParsedPart(text.Bytes()), section, destination, size);
@@ -80,7 +84,7 @@ BOOL WritePrivateProfileString(const char *section, const char *key, const char 
                                const char *file)
 {
     LockScope lock;
-    if (!file)
+    if (!file || !section || !key || !value)
         return FALSE;
     return WriteIniFile(ResolveIniName(file), section, key, value);
 }
