@@ -1,0 +1,574 @@
+// Fonts over a private configuration, held against fontconfig and Pango asked by the same steps.
+#include <algorithm>
+#include <cstring>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <map>
+#include <pango/pangofc-fontmap.h>
+#include <pango/pangoft2.h>
+#include <pthread.h>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "support/library.h"
+#include "support/private_fonts.h"
+#include "wexelxi.h"
+
+namespace {
+
+int gLists = 0;
+FcBool gFcInitResult = FcTrue;
+
+template <typename Function>
+Function *NextOf(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+// The executable's definitions come first: the library's calls arrive here on their way.
+extern "C" FcFontSet *FcFontList(FcConfig *config, FcPattern *pattern, FcObjectSet *objects)
+{
+    gLists++;
+    return NextOf<decltype(FcFontList)>("FcFontList")(config, pattern, objects);
+}
+
+extern "C" FcBool FcInit(void)
+{
+    return gFcInitResult ? NextOf<decltype(FcInit)>("FcInit")() : FcFalse;
+}
+
+namespace {
+
+using Reports = std::vector<std::pair<std::string, int32_t>>;
+Reports gReports;
+
+void RecordReport(const char *message, int32_t severity)
+{
+    gReports.emplace_back(message, severity);
+}
+
+Reports TakeReports()
+{
+    return std::exchange(gReports, {});
+}
+
+LOGFONT Asked(const char *family, int32_t height, int32_t weight = 400, uint8_t italic = 0,
+              HDC hdc = nullptr)
+{
+    LOGFONT logfont = {};
+    logfont.lfDC = hdc;
+    logfont.lfHeight = height;
+    logfont.lfWeight = weight;
+    logfont.lfItalic = italic;
+    strncpy(logfont.lfFaceName, family, LF_FACESIZE);
+    return logfont;
+}
+
+HFONT Create(const LOGFONT &logfont)
+{
+    SetLastError(77);
+    const HFONT font = CreateFontIndirect(&logfont);
+    EXPECT_EQ(GetLastError(), 0u);
+    return font;
+}
+
+FontInfoRecord InfoOf(HFONT font)
+{
+    FontInfoRecord info;
+    memset(&info, 0x5A, sizeof info);
+    GetFontInfo(font, &info);
+    EXPECT_EQ(info.reserved, 0x5A);
+    return info;
+}
+
+// What Pango itself says of a font file at a size and a resolution.
+class DirectAnswer {
+public:
+    DirectAnswer(const std::string &file, int32_t height, int32_t dpi)
+    {
+        map_ = pango_ft2_font_map_new();
+        pango_ft2_font_map_set_resolution(PANGO_FT2_FONT_MAP(map_), dpi, dpi);
+        FcPattern *query = FcPatternBuild(nullptr, FC_FILE, FcTypeString, file.c_str(), nullptr);
+        FcObjectSet *objects = FcObjectSetBuild(FC_FAMILY, FC_WEIGHT, FC_SLANT, FC_FILE, FC_OUTLINE,
+                                                FC_SPACING, nullptr);
+        FcFontSet *set = FcFontList(nullptr, query, objects);
+        PangoFontDescription *description =
+            pango_fc_font_description_from_pattern(set->fonts[0], FALSE);
+        if (height >= 0)
+            pango_font_description_set_size(description, height * PANGO_SCALE);
+        context_ = pango_font_map_create_context(map_);
+        layout_ = pango_layout_new(context_);
+        pango_layout_set_font_description(layout_, description);
+        PangoFont *font = pango_font_map_load_font(map_, context_, description);
+        PangoFontMetrics *metrics = pango_font_get_metrics(font, nullptr);
+        ascent = PANGO_PIXELS_CEIL(pango_font_metrics_get_ascent(metrics));
+        descent = PANGO_PIXELS_CEIL(pango_font_metrics_get_descent(metrics));
+        average = PANGO_PIXELS_CEIL(pango_font_metrics_get_approximate_char_width(metrics));
+        pango_font_metrics_unref(metrics);
+        g_object_unref(font);
+        pango_font_description_free(description);
+        FcFontSetDestroy(set);
+        FcObjectSetDestroy(objects);
+        FcPatternDestroy(query);
+    }
+    ~DirectAnswer()
+    {
+        g_object_unref(layout_);
+        g_object_unref(context_);
+        g_object_unref(map_);
+    }
+    DirectAnswer(const DirectAnswer &) = delete;
+    DirectAnswer &operator=(const DirectAnswer &) = delete;
+
+    int WidthOf(const std::string &text)
+    {
+        pango_layout_set_text(layout_, text.data(), static_cast<int>(text.size()));
+        int width = 0;
+        pango_layout_get_pixel_size(layout_, &width, nullptr);
+        return width;
+    }
+
+    int ascent, descent, average;
+
+private:
+    PangoFontMap *map_;
+    PangoContext *context_;
+    PangoLayout *layout_;
+};
+
+const std::string kTexts[] = {"W",
+                              "Price per unit: 1.234,56",
+                              "AVATAR fi ffl",
+                              "Gr\xC3\xBC\xC3\x9F"
+                              "e, \xCE\xB1\xCE\xB2\xCE\xB3",
+                              "two\nlines of text",
+                              "bad \xFF\xC3( bytes",
+                              "\xE2\x80\x8B",
+                              ""};
+
+void ExpectMeasuresOf(DirectAnswer &direct, HDC hdc, int32_t extra)
+{
+    TEXTMETRIC metrics;
+    EXPECT_EQ(GetTextMetrics(hdc, &metrics), TRUE);
+    EXPECT_EQ(metrics.tmAscent, direct.ascent);
+    EXPECT_EQ(metrics.tmDescent, direct.descent);
+    EXPECT_EQ(metrics.tmHeight, direct.ascent + direct.descent);
+    EXPECT_EQ(metrics.tmExternalLeading, extra);
+    EXPECT_EQ(metrics.tmAveCharWidth, direct.average);
+    EXPECT_EQ(metrics.tmMaxCharWidth, direct.WidthOf("W"));
+    for (int round = 0; round < 2; round++) { // measured, then remembered
+        for (const std::string &text : kTexts) {
+            SIZE size = {-1, -1};
+            const int32_t count = round ? -1 : static_cast<int32_t>(text.size());
+            EXPECT_EQ(GetTextExtentPoint32(hdc, text.c_str(), count, &size), TRUE);
+            EXPECT_EQ(size.cx, std::max(direct.WidthOf(text), 1)) << text;
+            EXPECT_EQ(size.cy, direct.ascent + direct.descent);
+        }
+    }
+}
+
+TEST(Fonts, AreChosenByFamilyWeightAndSlant)
+{
+    PrivateFonts fonts;
+    for (const char *name : {"0.otf", "1.pfb", "A.TTF", "b.ttf.otf", "z.otf", "x.ttf", "ttf"})
+        fonts.Add("DejaVuSans.ttf", name);
+    fonts.Add("DejaVuSans-Bold.ttf", "BOLD.TTF");
+    for (const char *name :
+         {"DejaVuSerif-Bold.ttf", "URWBookman-Light.otf", "URWBookman-DemiItalic.otf",
+          "URWBookman-Demi.otf", "NimbusSans-Regular.otf", "NimbusSans-BoldItalic.otf"})
+        fonts.Add(name);
+    StartedLibrary library;
+    const struct {
+        const char *family;
+        int32_t weight;
+        uint8_t italic;
+        const char *file; // null: no such font
+    } rows[] = {
+        {"DejaVu Sans", 400, 0, "x.ttf"},
+        {"dejavu sans", 0, 0, "x.ttf"},
+        {"DejaVu Sans", 650, 0, "x.ttf"},
+        {"DejaVu Sans", 700, 0, "BOLD.TTF"},
+        {"DejaVu Sans", 400, 1, nullptr},
+        {"DejaVu Serif", 400, 0, nullptr},
+        {"DejaVu Serif", 900, 0, nullptr},
+        {"DejaVu Serif", 600, 0, "DejaVuSerif-Bold.ttf"},
+        {"DejaVu Serif", 800, 0, "DejaVuSerif-Bold.ttf"},
+        {"URW Bookman", 400, 0, "URWBookman-Light.otf"},
+        {"URW Bookman", 700, 0, "URWBookman-Demi.otf"},
+        {"URW Bookman", 700, 255, "URWBookman-DemiItalic.otf"},
+        {"URW Bookman", 800, 1, "URWBookman-DemiItalic.otf"},
+        {"URW Bookman", 300, 1, nullptr},
+        {"Nimbus Sans", -5, 0, "NimbusSans-Regular.otf"},
+        {"Nimbus Sans", 600, 1, "NimbusSans-BoldItalic.otf"},
+        {"Nimbus", 400, 0, nullptr},
+        {"", 400, 0, nullptr},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(std::string(row.family) + std::to_string(row.weight));
+        const HFONT font = Create(Asked(row.family, 10, row.weight, row.italic));
+        ASSERT_EQ(font != nullptr, row.file != nullptr);
+        if (!font)
+            continue;
+        const FontInfoRecord info = InfoOf(font);
+        EXPECT_EQ(info.filePath, fonts.Path(row.file));
+        EXPECT_STREQ(info.family, row.family);
+        EXPECT_EQ(info.bold, row.weight >= 700);
+        EXPECT_EQ(info.italic, row.italic);
+        EXPECT_EQ(info.underline, 0);
+    }
+}
+
+TEST(Fonts, MeasureAsPangoDoes)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSansMono-Bold.ttf");
+    fonts.Add("NimbusSans-Italic.otf");
+    StartedLibrary library;
+    const struct {
+        HDC hdc;
+        int32_t mapDpi;
+        int32_t resolution; // of the device context
+    } contexts[] = {{nullptr, 96, 96},
+                    {nullptr, 96, 254},
+                    {CreateDC(nullptr, nullptr, nullptr, nullptr), 254, 254},
+                    {GetDC(nullptr), 1440, 1440},
+                    {CreateDC25400(nullptr, nullptr, nullptr, nullptr), 25400, 25400},
+                    {(gLOGPIXELSY = 600, CreateCompatibleDC(nullptr)), 96, 600},
+                    {(gLOGPIXELSY = 48, CreateCompatibleDC(nullptr)), 96, 48}};
+    for (const auto &row : contexts) {
+        const HDC hdc = row.hdc ? row.hdc : CreateCompatibleDC(nullptr);
+        for (const int32_t height : {10, 1, 37, 0, -12}) {
+            SCOPED_TRACE(std::to_string(row.resolution) + " dpi, height " + std::to_string(height));
+            gLOGPIXELSY = row.resolution;
+            LOGFONT mono = Asked("DejaVu Sans Mono", height, 700, 0, row.hdc);
+            mono.lfUnderline = 3;
+            const HFONT fontsMade[] = {Create(mono),
+                                       Create(Asked("Nimbus Sans", height, 400, 1, row.hdc))};
+            const char *files[] = {"DejaVuSansMono-Bold.ttf", "NimbusSans-Italic.otf"};
+            for (size_t i = 0; i < 2; i++) {
+                DirectAnswer direct(fonts.Path(files[i]), height, row.mapDpi);
+                SelectObject(hdc, fontsMade[i]);
+                ExpectMeasuresOf(direct, hdc, row.resolution / 96);
+                TEXTMETRIC metrics;
+                GetTextMetrics(hdc, &metrics);
+                EXPECT_EQ(metrics.tmWeight, i == 0 ? 700 : 0);
+                EXPECT_EQ(metrics.tmItalic, i);
+                EXPECT_EQ(metrics.tmPitchAndFamily, i == 0 ? 4 : 5);
+                EXPECT_EQ(metrics.tmUnderlined, 0);
+                const FontInfoRecord info = InfoOf(fontsMade[i]);
+                EXPECT_EQ(info.height, direct.ascent + direct.descent);
+                EXPECT_EQ(info.ascent, direct.ascent);
+                EXPECT_EQ(info.descent, direct.descent);
+                EXPECT_EQ(info.underline, i == 0 ? 3 : 0);
+                DeleteObject(fontsMade[i]);
+            }
+        }
+        DeleteDC(hdc);
+    }
+}
+
+TEST(Fonts, MeasureHostileInput)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSans.ttf");
+    StartedLibrary library;
+    const HDC hdc = CreateCompatibleDC(nullptr);
+    for (const int32_t height : {INT32_MIN, -1, 100000, 2097151, 2097152, INT32_MAX}) {
+        const HFONT font = Create(Asked("DejaVu Sans", height));
+        SelectObject(hdc, font);
+        SIZE size;
+        GetTextExtentPoint32(hdc, "text", -1, &size);
+        EXPECT_TRUE(DeleteObject(font));
+    }
+    SelectObject(hdc, nullptr);
+    LOGFONT endless = Asked("DejaVu Sans", 10);
+    memset(endless.lfFaceName, 'n', LF_FACESIZE);
+    EXPECT_EQ(Create(endless), nullptr);
+    EnumFonts(
+        nullptr, nullptr, [](auto...) { return 1; }, 0);
+    EXPECT_EQ(InfoOf(Create(endless)).family, std::string(127, 'n'));
+    const HFONT font =
+        CreateFont(10, 1, 2, 3, 700, 4, 5, 6, 7, 8, 9, 10, 11, std::string(200, 'm').c_str());
+    const FontInfoRecord info = InfoOf(font);
+    EXPECT_EQ(info.family, std::string(127, 'm'));
+    EXPECT_EQ((std::vector{info.bold, info.italic, info.underline}),
+              (std::vector<uint8_t>{1, 4, 5}));
+    EXPECT_STREQ(InfoOf(CreateFont(10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, nullptr)).family, "");
+
+    SelectObject(hdc, font);
+    DirectAnswer direct(fonts.Path("DejaVuSans.ttf"), 10, 96);
+    std::string page;
+    while (page.size() < 1000000)
+        page += "a page of \xC3\xBCs \xFF ";
+    const struct {
+        std::string text;
+        int32_t count;
+        std::string measured;
+    } rows[] = {
+        {"abc", INT32_MAX, "abc"}, {"abc", 2, "ab"},          {"abc", 0, ""},
+        {"abc", INT32_MIN, "abc"}, {"a\xC3\xBC", 2, "a\xC3"}, {page, 20000, page.substr(0, 20000)},
+        {page, INT32_MAX, page}};
+    for (const auto &row : rows) {
+        const int32_t width = std::max(direct.WidthOf(row.measured), 1);
+        for (int round = 0; round < 2; round++) {
+            SIZE size;
+            GetTextExtentPoint32(hdc, row.text.c_str(), row.count, &size);
+            EXPECT_EQ(size.cx, width) << row.measured.size();
+        }
+    }
+    SIZE size;
+    GetTextExtentPoint32(hdc, nullptr, 3, &size);
+    EXPECT_EQ(size.cx, 1);
+    DeleteDC(hdc);
+}
+
+TEST(Fonts, FallBackToTheFirstFontEverEnumerated)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSerif.ttf");
+    fonts.Add("NimbusMonoPS-Regular.otf");
+    StartedLibrary library;
+    const auto countCalls = [](const LOGFONT *, const TEXTMETRIC *, uint32_t, LPARAM data) {
+        return ++*reinterpret_cast<int32_t *>(data);
+    };
+    int32_t calls = 0;
+    const auto enumerate = [&](const char *family) {
+        return EnumFonts(nullptr, family, countCalls, reinterpret_cast<LPARAM>(&calls));
+    };
+    EXPECT_EQ(Create(Asked("Unknown", 10)), nullptr);
+    EXPECT_EQ(enumerate("Unknown"), 0);
+    EXPECT_EQ(Create(Asked("Unknown", 10)), nullptr);
+    EXPECT_EQ(enumerate("Nimbus Mono PS"), 1);
+    EXPECT_EQ(enumerate("DejaVu Serif"), 2);
+    EXPECT_EQ(calls, 2);
+    const HFONT font = Create(Asked("Unknown", 10, 700));
+    const FontInfoRecord info = InfoOf(font);
+    EXPECT_STREQ(info.family, "Unknown");
+    EXPECT_EQ(info.filePath, fonts.Path("NimbusMonoPS-Regular.otf"));
+    TermFonts();
+    TermFonts();
+    EXPECT_EQ(Create(Asked("DejaVu Serif", 10)), nullptr) << "no map to measure with";
+    EXPECT_EQ(InitFonts(), 0);
+    EXPECT_EQ(InitFonts(), 0);
+    EXPECT_EQ(Create(Asked("Unknown", 10)), nullptr);
+    EXPECT_NE(Create(Asked("DejaVu Serif", 10)), nullptr);
+}
+
+struct Enumerated {
+    std::map<std::string, std::pair<uint32_t, int>> fonts; // font type, pitches of both records
+    int32_t result = 7;
+    size_t most = SIZE_MAX;
+};
+
+int32_t Enumerate(const LOGFONT *logfont, const TEXTMETRIC *metrics, uint32_t type, LPARAM data)
+{
+    auto *seen = reinterpret_cast<Enumerated *>(data);
+    seen->fonts[logfont->lfFaceName] = {type,
+                                        logfont->lfPitchAndFamily * 10 + metrics->tmPitchAndFamily};
+    LOGFONT named = {};
+    memcpy(named.lfFaceName, logfont->lfFaceName, LF_FACESIZE);
+    named.lfPitchAndFamily = logfont->lfPitchAndFamily;
+    EXPECT_EQ(memcmp(&named, logfont, sizeof named), 0);
+    TEXTMETRIC only = {};
+    only.tmPitchAndFamily = metrics->tmPitchAndFamily;
+    only.tmCharSet = DEFAULT_CHARSET;
+    EXPECT_EQ(memcmp(&only, metrics, 53), 0);
+    // The lock is held, and the library can be called.
+    auto *mutex = static_cast<pthread_mutex_t *>(gWexelxiCriticalSection);
+    std::thread([mutex] { EXPECT_NE(pthread_mutex_trylock(mutex), 0); }).join();
+    DeleteObject(CreateFontIndirect(logfont));
+    return seen->fonts.size() >= seen->most ? 0 : seen->result;
+}
+
+TEST(Fonts, AreEnumerated)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSans.ttf");
+    fonts.Add("DejaVuSansMono.ttf");
+    fonts.Add("DejaVuSerif.ttf", "SERIF.TTF");
+    fonts.Add("NimbusMonoPS-Bold.otf");
+    fonts.Add("URWGothic-Demi.t1");
+    StartedLibrary library;
+    Enumerated all;
+    EXPECT_EQ(EnumFonts(nullptr, nullptr, Enumerate, reinterpret_cast<LPARAM>(&all)), 7);
+    const decltype(all.fonts) expected = {{"DejaVu Sans", {4u, 25}},
+                                          {"DejaVu Sans Mono", {4u, 14}},
+                                          {"DejaVu Serif", {0u, 23}},
+                                          {"Nimbus Mono PS", {0u, 12}},
+                                          {"URW Gothic", {0u, 23}}};
+    EXPECT_EQ(all.fonts, expected);
+    Enumerated few;
+    few.most = 2;
+    EXPECT_EQ(EnumFonts(nullptr, nullptr, Enumerate, reinterpret_cast<LPARAM>(&few)), 0);
+    EXPECT_EQ(few.fonts.size(), 2u);
+}
+
+TEST(Fonts, AreCheckedBeforeTheyAreRead)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSans.ttf");
+    StartedLibrary library;
+    SetHeadlessErrorProc(RecordReport);
+    const HDC hdc = GetDC(nullptr);
+    const HFONT first = Create(Asked("DejaVu Sans", 10));
+    EXPECT_EQ(SelectObject(hdc, first), nullptr);
+    EXPECT_EQ(SelectObject(hdc, first), first);
+    const auto wild = reinterpret_cast<HFONT>(reinterpret_cast<uintptr_t>(first) + 512);
+    for (const HFONT bad : {wild, static_cast<HFONT>(&fonts), reinterpret_cast<HFONT>(16)}) {
+        EXPECT_EQ(SelectObject(hdc, bad), nullptr);
+        EXPECT_EQ(DeleteObject(bad), TRUE);
+    }
+    EXPECT_EQ(TakeReports().size(), 6u);
+    EXPECT_EQ(SelectObject(hdc, first), first) << "the old font stays";
+    EXPECT_TRUE(DeleteObject(first));
+    EXPECT_EQ(TakeReports(), Reports());
+    EXPECT_TRUE(DeleteObject(first));
+    EXPECT_TRUE(DeleteObject(nullptr));
+    FontInfoRecord untouched;
+    memset(&untouched, 0x5A, sizeof untouched);
+    const FontInfoRecord before = untouched;
+    GetFontInfo(first, &untouched);
+    EXPECT_EQ(memcmp(&before, &untouched, sizeof before), 0);
+
+    const auto expectNothing = [](HDC context) {
+        TEXTMETRIC metrics;
+        memset(&metrics, 0x5A, sizeof metrics);
+        EXPECT_EQ(GetTextMetrics(context, &metrics), TRUE);
+        TEXTMETRIC constants;
+        memset(&constants, 0, sizeof constants);
+        constants.tmLastChar = 0xFF;
+        constants.tmDefaultChar = constants.tmBreakChar = 0x20;
+        constants.tmCharSet = 1;
+        EXPECT_EQ(memcmp(&metrics, &constants, sizeof metrics), 0);
+        SIZE size = {-3, -4};
+        EXPECT_EQ(GetTextExtentPoint32(context, "x", 1, &size), TRUE);
+        EXPECT_EQ(size.cx, -3);
+    };
+    expectNothing(hdc);
+    EXPECT_EQ(SelectObject(hdc, nullptr), first) << "stale, but selected";
+    expectNothing(hdc);
+    expectNothing(nullptr);
+    const Reports expected = {
+        {"Invalid HFONT passed to DeleteObject", 0},
+        {"Invalid HFONT passed to DeleteObject", 0},
+        {"Invalid HFONT passed to GetFontInfo", 0},
+        {"Invalid HFONT selected into HDC passed to GetTextMetrics", 0},
+        {"Invalid HFONT selected into HDC passed to GetTextExtentPoint32", 0},
+        {"HDC with no selected font passed to GetTextMetrics", 1},
+        {"Invalid HFONT selected into HDC passed to GetTextMetrics", 0},
+        {"HDC with no selected font passed to GetTextExtentPoint32", 1},
+        {"Invalid HFONT selected into HDC passed to GetTextExtentPoint32", 0},
+        {"NULL HDC passed to GetTextMetrics", 1},
+        {"NULL HDC passed to GetTextExtentPoint32", 1},
+    };
+    EXPECT_EQ(TakeReports(), expected);
+    SetHeadlessErrorProc(nullptr);
+    expectNothing(hdc);
+    expectNothing(nullptr);
+
+    SetLastError(77);
+    TextOut(hdc, 1, 2, "text", 4);
+    EXPECT_EQ(GetLastError(), 0u);
+    const HFONT second = Create(Asked("DejaVu Sans", 20));
+    EXPECT_EQ(second, first) << "the record is used again";
+    EXPECT_EQ(InfoOf(second).underline, 0);
+    DeleteDC(hdc);
+}
+
+TEST(Fonts, EndWithTheLibraryAndStartAgain)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSans.ttf");
+    std::vector<HFONT> stale;
+    for (int run = 0; run < 2; run++) {
+        StartedLibrary library;
+        for (int i = 0; i < 40; i++)
+            stale.push_back(Create(Asked("DejaVu Sans", 10 + i)));
+        gGeneralFont = stale.back();
+        DeleteObject(stale.front());
+    }
+    EXPECT_EQ(gGeneralFont, nullptr);
+    SetHeadlessErrorProc(RecordReport);
+    for (const HFONT font : stale)
+        DeleteObject(font);
+    EXPECT_EQ(TakeReports().size(), stale.size());
+    gFcInitResult = FcFalse;
+    EXPECT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 3);
+    EXPECT_EQ(gReady, 0);
+    EXPECT_EQ(gTerminating, 1);
+    EXPECT_EQ(gWexelxiCriticalSection, nullptr);
+    EXPECT_EQ(TakeReports(), Reports({{"Invalid HFONT passed to DeleteObject", 0}}));
+}
+
+TEST(Fonts, ListOnceUntilTheFontsChange)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSans.ttf");
+    StartedLibrary library;
+    const auto listsFor = [](const char *family, int32_t weight) {
+        gLists = 0;
+        DeleteObject(CreateFont(10, 0, 0, 0, weight, 0, 0, 0, 0, 0, 0, 0, 0, family));
+        return gLists;
+    };
+    EXPECT_EQ(listsFor("DejaVu Sans", 400), 1);
+    EXPECT_EQ(listsFor("DejaVu Sans", 400), 0);
+    EXPECT_EQ(listsFor("DejaVu Sans", 800), 3);
+    EXPECT_EQ(listsFor("DejaVu Sans", 800), 0);
+    EXPECT_EQ(listsFor("DejaVu Serif", 700), 3);
+    EXPECT_EQ(listsFor("DejaVu Serif", 700), 0);
+    for (int i = 0; i < 300; i++) // more than are remembered
+        EXPECT_EQ(listsFor(std::to_string(i).c_str(), 400), 2);
+    EXPECT_EQ(listsFor("DejaVu Sans", 400), 1);
+
+    const std::string added = PrivateFonts::InstalledPath("DejaVuSerif-Bold.ttf");
+    FcConfigAppFontAddFile(nullptr, reinterpret_cast<const FcChar8 *>(added.c_str()));
+    EXPECT_EQ(InfoOf(Create(Asked("DejaVu Serif", 10, 700))).filePath, added);
+    FcConfigAppFontClear(nullptr);
+    EXPECT_EQ(Create(Asked("DejaVu Serif", 10, 700)), nullptr);
+    fonts.Add("DejaVuSerif-Bold.ttf");
+    FcInitReinitialize();
+    EXPECT_EQ(InfoOf(Create(Asked("DejaVu Serif", 10, 700))).filePath,
+              fonts.Path("DejaVuSerif-Bold.ttf"));
+}
+
+#ifdef __SANITIZE_ADDRESS__
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
+
+size_t BytesInUse()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    return mallinfo2().uordblks;
+#endif
+}
+
+TEST(Fonts, GiveBackAllTheirMemory)
+{
+    PrivateFonts fonts;
+    fonts.Add("DejaVuSans.ttf");
+    fonts.Add("NimbusSans-Regular.otf");
+    StartedLibrary library;
+    const HDC hdc = GetDC(nullptr);
+    size_t settled = 0;
+    for (int round = 0; round < 10000; round++) {
+        if (round == 100)
+            settled = BytesInUse();
+        const HFONT font =
+            Create(Asked(round % 2 ? "DejaVu Sans" : "Nimbus Sans", 8 + round % 5, 400, 0, hdc));
+        SelectObject(hdc, font);
+        SIZE size;
+        GetTextExtentPoint32(hdc, "measured", 8, &size);
+        DeleteObject(font);
+    }
+    EXPECT_NEAR(static_cast<double>(BytesInUse()), static_cast<double>(settled), 4096);
+    DeleteDC(hdc);
+}
+
+} // namespace
