@@ -6,12 +6,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 namespace wexelxi {
 
 // Two generations: texts are stored and found again in the young one; when that is full it becomes
-// the old one, and what nobody asks for until it is full again is forgotten.
+// the old one, and what nobody asks for until it is full again is forgotten. To store a text costs
+// next to nothing beside measuring it: the texts of a generation stand in one string, and a table
+// of open addresses points at them.
 class ExtentCache {
 public:
     // A longer text is not kept.
@@ -25,16 +27,34 @@ public:
     void Clear();
 
 private:
-    struct Hash : std::hash<std::string_view> {
-        using is_transparent = void;
+    struct Slot {
+        uint32_t hash;
+        uint32_t offset;
+        uint32_t length; // kNoText where the slot is free
+        int32_t width;
     };
-    using Widths = std::unordered_map<std::string, int32_t, Hash, std::equal_to<>>;
+    static constexpr uint32_t kNoText = UINT32_MAX;
 
-    void MakeRoomFor(size_t bytes);
+    class Generation {
+    public:
+        const Slot *Find(std::string_view text, uint32_t hash) const;
+        bool HasRoomFor(std::string_view text) const;
+        void Add(std::string_view text, uint32_t hash, int32_t width);
+        void Clear();
 
-    Widths young_;
-    Widths old_;
-    size_t youngBytes_ = 0;
+    private:
+        size_t Place(std::string_view text, uint32_t hash) const;
+        void Grow();
+
+        std::vector<Slot> slots_; // none, or a power of two of which at most half is taken
+        std::string bytes_;
+        size_t count_ = 0;
+    };
+
+    void AddToYoung(std::string_view text, uint32_t hash, int32_t width);
+
+    Generation young_;
+    Generation old_;
 };
 
 } // namespace wexelxi
