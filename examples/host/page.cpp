@@ -1,0 +1,178 @@
+#include "page.h"
+
+#include <memory>
+
+#include "../plugin/report.h"
+#include "host.h"
+
+namespace {
+
+// A font at the page's resolution, for as long as this lives.
+class Font {
+public:
+    Font(HDC page, const std::string &family, int points, int weight) : points_(points)
+    {
+        LOGFONT description = {};
+        description.lfDC = page;
+        description.lfHeight = points;
+        description.lfWeight = weight;
+        lstrcpyn(description.lfFaceName, family.c_str(), sizeof description.lfFaceName);
+        handle_ = CreateFontIndirect(&description);
+        Check(handle_ != nullptr, "CreateFontIndirect " + family);
+    }
+    ~Font() { DeleteObject(handle_); }
+    Font(const Font &) = delete;
+    Font &operator=(const Font &) = delete;
+
+    HFONT get() const { return handle_; }
+    double size() const { return points_ * 254.0 / 72.0; } // in the page's unit
+
+private:
+    HFONT handle_;
+    int points_;
+};
+
+// What the note keeps clear inside the paper's own margins, in tenths of a millimetre.
+constexpr int kInset = 150;
+
+class Page {
+public:
+    Page(const Paper &paper, const std::string &family)
+        : paper_(paper), family_(family), dc_(CreateDC(nullptr, nullptr, nullptr, nullptr)),
+          body_(dc_, family, 10, 400), title_(dc_, family, 16, 700), y_(paper.margins.top + kInset)
+    {
+    }
+    ~Page() { DeleteDC(dc_); }
+    Page(const Page &) = delete;
+    Page &operator=(const Page &) = delete;
+
+    enum class Style { Body, Title };
+
+    int Left() const { return paper_.margins.left + kInset; }
+    int Right() const { return paper_.size.width - paper_.margins.right - kInset; }
+
+    void PutLeft(const std::string &text, int x, Style style = Style::Body)
+    {
+        Put(text, x, Measure(text, style).cx, style);
+    }
+    void PutRight(const std::string &text, int right)
+    {
+        const int width = Measure(text, Style::Body).cx;
+        Put(text, right - width, width, Style::Body);
+    }
+    void NextLine(Style style = Style::Body)
+    {
+        y_ += Metrics(style).tmHeight + Metrics(style).tmExternalLeading;
+    }
+    void Rule()
+    {
+        marks_ += "<line x1='" + std::to_string(Left()) + "' x2='" + std::to_string(Right()) +
+                  "' y1='" + std::to_string(y_) + "' y2='" + std::to_string(y_) +
+                  "' stroke='black' stroke-width='3'/>\n";
+        y_ += 12;
+    }
+
+    std::string Svg() const
+    {
+        const std::string width = std::to_string(paper_.size.width);
+        const std::string length = std::to_string(paper_.size.length);
+        return "<svg xmlns='http://www.w3.org/2000/svg' width='" + Millimetres(paper_.size.width) +
+               "' height='" + Millimetres(paper_.size.length) + "' viewBox='0 0 " + width + " " +
+               length + "'>\n<rect width='" + width + "' height='" + length + "' fill='white'/>\n" +
+               marks_ + "</svg>\n";
+    }
+
+private:
+    const Font &Of(Style style) const { return style == Style::Title ? title_ : body_; }
+
+    SIZE Measure(const std::string &text, Style style)
+    {
+        SIZE size = {};
+        SelectObject(dc_, Of(style).get());
+        GetTextExtentPoint32(dc_, text.c_str(), static_cast<int32_t>(text.size()), &size);
+        return size;
+    }
+    TEXTMETRIC Metrics(Style style)
+    {
+        TEXTMETRIC metrics;
+        SelectObject(dc_, Of(style).get());
+        GetTextMetrics(dc_, &metrics);
+        return metrics;
+    }
+
+    static std::string Millimetres(int tenths)
+    {
+        return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + "mm";
+    }
+
+    static std::string Escape(const std::string &text)
+    {
+        std::string escaped;
+        for (const char c : text)
+            escaped += c == '<' ? "&lt;" : c == '&' ? "&amp;" : std::string(1, c);
+        return escaped;
+    }
+
+    // The measured box, thin and grey, and the text on its base line.
+    void Put(const std::string &text, int x, int width, Style style)
+    {
+        const TEXTMETRIC metrics = Metrics(style);
+        marks_ += "<rect x='" + std::to_string(x) + "' y='" + std::to_string(y_) + "' width='" +
+                  std::to_string(width) + "' height='" + std::to_string(metrics.tmHeight) +
+                  "' fill='none' stroke='#ccc' stroke-width='1'/>\n<text x='" + std::to_string(x) +
+                  "' y='" + std::to_string(y_ + metrics.tmAscent) + "' font-family='" +
+                  Escape(family_) + "' font-size='" + std::to_string(Of(style).size()) + "'" +
+                  (style == Style::Title ? " font-weight='bold'" : "") + ">" + Escape(text) +
+                  "</text>\n";
+    }
+
+    const Paper &paper_;
+    std::string family_;
+    HDC dc_;
+    Font body_, title_;
+    int y_;
+    std::string marks_;
+};
+
+void PutItem(Page &page, const std::string &quantity, const std::string &article,
+             const std::string &amount)
+{
+    if (!quantity.empty())
+        page.PutRight(quantity, page.Left() + 150);
+    page.PutLeft(article, page.Left() + 200);
+    page.PutRight(amount, page.Right());
+    page.NextLine();
+}
+
+} // namespace
+
+std::string LayOutPage(const Job &job, const Report &report, const NoteWords &words,
+                       const Paper &paper)
+{
+    Page page(paper, job.font);
+    page.PutLeft(report.Text(REPORT_TITLE) + " " + std::to_string(job.number), page.Left(),
+                 Page::Style::Title);
+    page.NextLine(Page::Style::Title);
+    page.NextLine();
+    for (const std::string &line : {job.name, job.street, job.city}) {
+        page.PutLeft(line, page.Left());
+        page.NextLine();
+    }
+    page.NextLine();
+    page.PutRight(report.Text(REPORT_DATE) + ": " + words.date, page.Right());
+    page.NextLine();
+    page.NextLine();
+
+    PutItem(page, report.Text(REPORT_QUANTITY), report.Text(REPORT_ARTICLE),
+            report.Text(REPORT_AMOUNT));
+    page.Rule();
+    for (const Item &item : job.items)
+        PutItem(page, std::to_string(item.quantity), item.article,
+                FormatAmount(item.cents, words.decimalSeparator));
+    page.Rule();
+    PutItem(page, "", report.Text(REPORT_TOTAL),
+            FormatAmount(job.TotalCents(), words.decimalSeparator));
+    page.NextLine();
+    page.PutLeft(report.Text(REPORT_THANKS), page.Left());
+    return page.Svg();
+}
