@@ -1,0 +1,58 @@
+// Section fonts: the families that fontconfig knows, as EnumFonts tells them.
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include "tools/info_sections.h"
+#include "wexelxi.h"
+
+namespace info {
+
+namespace {
+
+struct Family {
+    int64_t faces = 0;
+    int64_t trueType = 0;
+    bool isFixed = false;
+};
+using Families = std::map<std::string, Family>;
+
+int32_t CountFace(const LOGFONT *font, const TEXTMETRIC *, uint32_t type, intptr_t data)
+{
+    auto *families = reinterpret_cast<Families *>(data);
+    Family &family = (*families)[std::string(font->lfFaceName, strnlen(font->lfFaceName, 128))];
+    family.faces++;
+    family.trueType += type == TRUETYPE_FONTTYPE;
+    family.isFixed |= font->lfPitchAndFamily == FIXED_PITCH;
+    return 1;
+}
+
+Value Variable(const char *name)
+{
+    const char *value = getenv(name);
+    return value ? Value(value) : Value();
+}
+
+} // namespace
+
+Value DescribeFonts(const Session &)
+{
+    Families families;
+    EnumFonts(nullptr, nullptr, CountFace, reinterpret_cast<intptr_t>(&families));
+    Value::List rows;
+    int64_t faces = 0;
+    for (const auto &[name, family] : families) {
+        faces += family.faces;
+        rows.push_back(Value::Record{{"family", name},
+                                     {"faces", family.faces},
+                                     {"trueType", family.trueType},
+                                     {"fixedPitch", family.isFixed}});
+    }
+    return Value::Record{{"FONTCONFIG_FILE", Variable("FONTCONFIG_FILE")},
+                         {"FONTCONFIG_PATH", Variable("FONTCONFIG_PATH")},
+                         {"families", static_cast<int64_t>(families.size())},
+                         {"faces", faces},
+                         {"list", std::move(rows)}};
+}
+
+} // namespace info
