@@ -15,6 +15,9 @@
 extern "C" {
 #endif
 
+/** \name Port types
+ *  @{ */
+/** A port type, as GetPortName tells it. */
 #define PST_UNSPECIFIED 0u
 #define PST_RS232 1u
 #define PST_PARALLELPORT 2u
@@ -22,60 +25,81 @@ extern "C" {
 #define PST_RS423 4u
 #define PST_RS449 5u
 #define PST_MODEM 6u
+/** @} */
 
+/** \name Values of DCB.Parity
+ *  @{ */
+/** A parity. */
 #define NOPARITY 0
 #define ODDPARITY 1
 #define EVENPARITY 2
 #define MARKPARITY 3
 #define SPACEPARITY 4
+/** @} */
 
+/** \name Values of DCB.StopBits
+ *  @{ */
+/** A number of stop bits. */
 #define ONESTOPBIT 0
 #define ONE5STOPBITS 1
 #define TWOSTOPBITS 2
+/** @} */
 
+/** \name Values of DCB.fDtrControl
+ *  @{ */
+/** Use of the DTR line. */
 #define DTR_CONTROL_DISABLE 0u
 #define DTR_CONTROL_ENABLE 1u
 #define DTR_CONTROL_HANDSHAKE 2u
+/** @} */
 
+/** \name Values of DCB.fRtsControl
+ *  @{ */
+/** Use of the RTS line. */
 #define RTS_CONTROL_DISABLE 0u
 #define RTS_CONTROL_ENABLE 1u
 #define RTS_CONTROL_HANDSHAKE 2u
+/** @} */
 
+/** \name Last errors of line settings
+ *  @{ */
+/** A last error, negative as 32 bits. */
 #define IE_DEFAULT ((uint32_t)-5)
 #define IE_BYTESIZE ((uint32_t)-11)
 #define IE_BAUDRATE ((uint32_t)-12)
+/** @} */
 
 /** The settings of a serial line. */
 typedef struct {
-    uint32_t DCBlength; /**< 28 from BuildCommDCB; not read. */
-    uint32_t BaudRate;  /**< 110, 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200 or
-                             230400. */
-    uint32_t fBinary : 1;
-    uint32_t fParity : 1;      /**< Parity is read. */
-    uint32_t fOutxCtsFlow : 1; /**< Hardware flow control. */
-    uint32_t fOutxDsrFlow : 1; /**< Told with fOutxCtsFlow; not read. */
-    uint32_t fDtrControl : 2;  /**< 0 turns hardware flow control off, 1 on. */
-    uint32_t fDsrSensitivity : 1;
-    uint32_t fTXContinueOnXoff : 1;
-    uint32_t fOutX : 1; /**< XON/XOFF on output. */
-    uint32_t fInX : 1;  /**< XON/XOFF on input. */
-    uint32_t fErrorChar : 1;
-    uint32_t fNull : 1;
-    uint32_t fRtsControl : 2; /**< 1 turns hardware flow control on. */
-    uint32_t fAbortOnError : 1;
-    uint32_t fDummy2 : 17;
-    uint16_t wReserved;
-    uint16_t XonLim;  /**< Told as 10; not read. */
-    uint16_t XoffLim; /**< Told as 10; not read. */
-    uint8_t ByteSize; /**< 5 to 8. */
-    uint8_t Parity;   /**< NOPARITY, ODDPARITY or EVENPARITY; never told. */
-    uint8_t StopBits; /**< ONESTOPBIT or TWOSTOPBITS. */
-    char XonChar;     /**< 0 leaves none set. */
-    char XoffChar;    /**< 0 leaves none set. */
-    char ErrorChar;
-    char EofChar; /**< 0 stands for 4. */
-    char EvtChar;
-    uint16_t wReserved1;
+    uint32_t DCBlength;   /**< 28 from BuildCommDCB; not read. */
+    uint32_t BaudRate;    /**< 110, 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200 or
+                               230400. */
+    uint32_t fBinary : 1; /**< Set by GetCommState; not read. */
+    uint32_t fParity : 1; /**< Parity is read. */
+    uint32_t fOutxCtsFlow : 1;      /**< Hardware flow control. */
+    uint32_t fOutxDsrFlow : 1;      /**< Told with fOutxCtsFlow; not read. */
+    uint32_t fDtrControl : 2;       /**< 0 turns hardware flow control off, 1 on. */
+    uint32_t fDsrSensitivity : 1;   /**< Not used. */
+    uint32_t fTXContinueOnXoff : 1; /**< Not used. */
+    uint32_t fOutX : 1;             /**< XON/XOFF on output. */
+    uint32_t fInX : 1;              /**< XON/XOFF on input. */
+    uint32_t fErrorChar : 1;        /**< Not used. */
+    uint32_t fNull : 1;             /**< Cleared by GetCommState; not read. */
+    uint32_t fRtsControl : 2;       /**< 1 turns hardware flow control on. */
+    uint32_t fAbortOnError : 1;     /**< Not used. */
+    uint32_t fDummy2 : 17;          /**< Not used. */
+    uint16_t wReserved;             /**< Not used. */
+    uint16_t XonLim;                /**< Told as 10; not read. */
+    uint16_t XoffLim;               /**< Told as 10; not read. */
+    uint8_t ByteSize;               /**< 5 to 8. */
+    uint8_t Parity;                 /**< NOPARITY, ODDPARITY or EVENPARITY; never told. */
+    uint8_t StopBits;               /**< ONESTOPBIT or TWOSTOPBITS. */
+    char XonChar;                   /**< 0 leaves none set. */
+    char XoffChar;                  /**< 0 leaves none set. */
+    char ErrorChar;                 /**< Not used. */
+    char EofChar;                   /**< 0 stands for 4. */
+    char EvtChar;                   /**< Not used. */
+    uint16_t wReserved1;            /**< Not used. */
 } DCB;
 
 WEXELXI_LAYOUT(sizeof(DCB) == 28);

@@ -29,9 +29,9 @@ typedef void (*HEADLESSERRORPROC)(const char *message, int32_t severity);
  *                   is the default configuration folder. Copied.
  *  @param resFunc   the host's resource function, serving module handle 1; may be null.
  *  @param noLock    0: the global lock is made. Not 0: no lock; call from one thread at a time.
- *  @return 0; 3 if fontconfig cannot start, and the library is then stopped again; 8 if the platform
- *          has no thread-local key left for a first start, and nothing has happened then.
- *  Last error: as the last step left it. Lock: no, but its steps take it. */
+ *  @return 0; 3 if fontconfig cannot start, and the library is then stopped again; 8 if the
+ * platform has no thread-local key left for a first start, and nothing has happened then. Last
+ * error: as the last step left it. Lock: no, but its steps take it. */
 WEXELXI_API int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock);
 
 /** Stops the library: deletes gGeneralFont, ends fonts, texts, modules and printing, then destroys
@@ -107,6 +107,9 @@ WEXELXI_API extern int32_t gTraceLevel;
  *  Each thread has a number and a text. Before the first InitLib there is one process-wide pair.
  *  @{ */
 
+/** \name Last error numbers
+ *  @{ */
+/** A last error number. */
 #define ERROR_SUCCESS 0u
 #define NO_ERROR 0u
 #define ERROR_FILE_NOT_FOUND 2u
@@ -131,6 +134,7 @@ WEXELXI_API extern int32_t gTraceLevel;
 #define ERROR_PATH_BUSY 148u
 #define ERROR_LABEL_TOO_LONG 154u
 #define ERROR_ENVVAR_NOT_FOUND 203u
+/** @} */
 
 /** The calling thread's last error number, 0 if it has stored none. Lock: no. */
 WEXELXI_API uint32_t GetLastError(void);

@@ -18,9 +18,16 @@ extern "C" {
 typedef void *HWND; /**< A window of the host's; never looked at. */
 typedef void *HDC;  /**< A device context; ended by DeleteDC or ReleaseDC. */
 
+/** \name Indexes of GetDeviceCaps
+ *  @{ */
+/** An index: the resolution in dots per inch. */
 #define LOGPIXELSX 88
 #define LOGPIXELSY 90
+/** @} */
 
+/** \name Indexes of GetSystemMetrics
+ *  @{ */
+/** An index of GetSystemMetrics. */
 #define SM_CXSCREEN 0
 #define SM_CYSCREEN 1
 #define SM_CXVSCROLL 2
@@ -36,6 +43,7 @@ typedef void *HDC;  /**< A device context; ended by DeleteDC or ReleaseDC. */
 #define SM_CXHSCROLL 21
 #define SM_CXSMICON 49
 #define SM_CYSMICON 50
+/** @} */
 
 /** Makes a device context of 254 dots per inch, tenths of a millimetre. The arguments are not read.
  *  @return the device context, which the caller owns; null if there is no memory.

@@ -27,6 +27,7 @@ extern "C" {
 
 /** \name Bits of dmFields
  *  @{ */
+/** A bit of dmFields. */
 #define DM_ORIENTATION 0x0001u
 #define DM_PAPERSIZE 0x0002u
 #define DM_PAPERLENGTH 0x0004u
@@ -41,6 +42,7 @@ extern "C" {
 
 /** \name Values of the head's fields
  *  @{ */
+/** A value of a field of the head. */
 #define DM_SPECVERSION 0x4001
 #define DM_DRIVERVERSION 1
 #define DM_ALLFIELDS 0x9B1Fu /**< dmFields of every record that the library makes. */
@@ -58,6 +60,7 @@ extern "C" {
 
 /** \name Paper codes
  *  @{ */
+/** A paper code. */
 #define DMPAPER_LETTER 1
 #define DMPAPER_TABLOID 3
 #define DMPAPER_LEDGER 4
@@ -127,6 +130,7 @@ extern "C" {
 
 /** \name Job sheets, the banners before and after a job
  *  @{ */
+/** A job sheet. */
 #define DMJOBSHEET_NONE 0
 #define DMJOBSHEET_CLASSIFIED 1
 #define DMJOBSHEET_CONFIDENTIAL 2
@@ -153,19 +157,19 @@ typedef struct __attribute__((packed)) DEVMODE {
     int16_t dmPaperLength;              /**< Tenths of a millimetre. */
     int16_t dmPaperWidth;               /**< Tenths of a millimetre. */
     int16_t dmScale;                    /**< Percent. */
-    int16_t dmCopies;
-    int16_t dmDefaultSource; /**< Bin code, DMBIN_USER upward. */
-    int16_t dmPrintQuality;  /**< For the host. */
-    int16_t dmColor;         /**< DMCOLOR_MONOCHROME or DMCOLOR_COLOR. */
-    int16_t dmDuplex;        /**< DMDUP_SIMPLEX, DMDUP_VERTICAL or DMDUP_HORIZONTAL. */
-    int16_t dmYResolution;   /**< For the host. */
-    int16_t dmTTOption;      /**< For the host. */
-    int16_t dmCollate;       /**< DMCOLLATE_FALSE or DMCOLLATE_TRUE. */
-    uint8_t dmReserved[86];
-    int32_t dmJobSheetStart; /**< DMJOBSHEET_ code of the banner before the job. */
-    int32_t dmJobSheetEnd;   /**< DMJOBSHEET_ code of the banner after the job. */
+    int16_t dmCopies;                   /**< Copies. */
+    int16_t dmDefaultSource;            /**< Bin code, DMBIN_USER upward. */
+    int16_t dmPrintQuality;             /**< For the host. */
+    int16_t dmColor;                    /**< DMCOLOR_MONOCHROME or DMCOLOR_COLOR. */
+    int16_t dmDuplex;                   /**< DMDUP_SIMPLEX, DMDUP_VERTICAL or DMDUP_HORIZONTAL. */
+    int16_t dmYResolution;              /**< For the host. */
+    int16_t dmTTOption;                 /**< For the host. */
+    int16_t dmCollate;                  /**< DMCOLLATE_FALSE or DMCOLLATE_TRUE. */
+    uint8_t dmReserved[86];             /**< Zero in a new record. */
+    int32_t dmJobSheetStart;            /**< DMJOBSHEET_ code of the banner before the job. */
+    int32_t dmJobSheetEnd;              /**< DMJOBSHEET_ code of the banner after the job. */
 } DEVMODE;
-typedef DEVMODE *LPDEVMODE;
+typedef DEVMODE *LPDEVMODE; /**< A record in the caller's memory. */
 
 WEXELXI_LAYOUT(sizeof(DEVMODE) == 516);
 WEXELXI_FIELD(DEVMODE, dmDeviceName, 0);
@@ -193,9 +197,13 @@ WEXELXI_FIELD(DEVMODE, dmReserved, 422);
 WEXELXI_FIELD(DEVMODE, dmJobSheetStart, 508);
 WEXELXI_FIELD(DEVMODE, dmJobSheetEnd, 512);
 
+/** \name Kinds of options
+ *  @{ */
+/** A kind of option. */
 #define DMOPTION_BOOLEAN 0
 #define DMOPTION_PICKONE 1
 #define DMOPTION_PICKMANY 2
+/** @} */
 
 /** The header of an option's node. No function tells the number of rows, so a host that goes
  *  through them reads valueCount here. */
@@ -207,7 +215,7 @@ typedef struct __attribute__((packed)) DEVMODEOPTION {
     int16_t valueNameWidth;   /**< Width of a row's value name. */
     int16_t valueUINameWidth; /**< Width of a row's value UI name. */
     int16_t valueCount;       /**< Rows. */
-    int32_t reserved;
+    int32_t reserved;         /**< Zero. */
 } DEVMODEOPTION;
 
 WEXELXI_LAYOUT(sizeof(DEVMODEOPTION) == 20);

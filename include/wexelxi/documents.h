@@ -22,36 +22,41 @@ extern "C" {
 
 /** \name Modes of DocumentProperties
  *  @{ */
+/** A bit of the mode. */
 #define DM_UPDATE 1
 #define DM_COPY 2
 #define DM_PROMPT 4
 #define DM_MODIFY 8
 /** @} */
 
+/** \name Results of DocumentProperties
+ *  @{ */
+/** A result of DocumentProperties. */
 #define IDOK 1
 #define IDCANCEL 2
+/** @} */
 
 /** The data of a print dialog. The library reads hDevMode and hDevNames only. */
 typedef struct PRINTDLG {
-    DWORD lStructSize;
-    HWND hwndOwner;
-    HGLOBAL hDevMode;  /**< A DEVMODE, or null. */
-    HGLOBAL hDevNames; /**< A printer name, as MakePrinterNameHan makes it, or null. */
-    HDC hDC;
-    DWORD Flags;
-    WORD nFromPage;
-    WORD nToPage;
-    WORD nMinPage;
-    WORD nMaxPage;
-    WORD nCopies;
-    HMODULE hInstance;
-    LPARAM lCustData;
-    void *lpfnPrintHook;
-    void *lpfnSetupHook;
-    LPCSTR lpPrintTemplateName;
-    LPCSTR lpSetupTemplateName;
-    HGLOBAL hPrintTemplate;
-    HGLOBAL hSetupTemplate;
+    DWORD lStructSize;          /**< Not looked at. */
+    HWND hwndOwner;             /**< Not looked at. */
+    HGLOBAL hDevMode;           /**< A DEVMODE, or null. */
+    HGLOBAL hDevNames;          /**< A printer name, as MakePrinterNameHan makes it, or null. */
+    HDC hDC;                    /**< Not looked at. */
+    DWORD Flags;                /**< Not looked at. */
+    WORD nFromPage;             /**< Not looked at. */
+    WORD nToPage;               /**< Not looked at. */
+    WORD nMinPage;              /**< Not looked at. */
+    WORD nMaxPage;              /**< Not looked at. */
+    WORD nCopies;               /**< Not looked at. */
+    HMODULE hInstance;          /**< Not looked at. */
+    LPARAM lCustData;           /**< Not looked at. */
+    void *lpfnPrintHook;        /**< Not looked at. */
+    void *lpfnSetupHook;        /**< Not looked at. */
+    LPCSTR lpPrintTemplateName; /**< Not looked at. */
+    LPCSTR lpSetupTemplateName; /**< Not looked at. */
+    HGLOBAL hPrintTemplate;     /**< Not looked at. */
+    HGLOBAL hSetupTemplate;     /**< Not looked at. */
 } PRINTDLG;
 
 WEXELXI_LAYOUT(sizeof(PRINTDLG) == 120);
@@ -137,8 +142,8 @@ WEXELXI_API BOOL GetDevModeAndPrinterNameForPrintDlg(const PRINTDLG *dialog, HGL
 WEXELXI_API HDC CreateIC(LPCSTR driver, LPCSTR device, LPCSTR output, LPCVOID initData);
 
 /** \name Calls that do nothing
- *  The arguments are not read, and the result is 0. Last error: 0. Lock: yes.
  *  @{ */
+/** Nothing is done: the arguments are not read, and the result is 0. Last error: 0. Lock: yes. */
 WEXELXI_API BOOL DPtoLP(HDC hdc, LPVOID points, int32_t count);
 WEXELXI_API BOOL LPtoDP(HDC hdc, LPVOID points, int32_t count);
 WEXELXI_API int32_t StartDoc(HDC hdc, LPCVOID document);

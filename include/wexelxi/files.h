@@ -20,25 +20,45 @@
 extern "C" {
 #endif
 
+/** \name Access to a file
+ *  @{ */
+/** A bit of the access that CreateFile takes. */
 #define GENERIC_READ 0x80000000u
 #define GENERIC_WRITE 0x40000000u
+/** @} */
 
+/** \name Share modes
+ *  @{ */
+/** A share mode; not looked at. */
 #define FILE_SHARE_READ 1u
 #define FILE_SHARE_WRITE 2u
+/** @} */
 
+/** \name Dispositions of CreateFile
+ *  @{ */
+/** A disposition; TRUNCATE_EXISTING truncates nothing. */
 #define CREATE_NEW 1u
 #define CREATE_ALWAYS 2u
 #define OPEN_EXISTING 3u
 #define OPEN_ALWAYS 4u
 #define TRUNCATE_EXISTING 5u
+/** @} */
 
+/** \name Origins of a seek
+ *  @{ */
+/** The place that an offset counts from. */
 #define FILE_BEGIN 0u
 #define FILE_CURRENT 1u
 #define FILE_END 2u
+/** @} */
 
+/** \name Failing results
+ *  @{ */
+/** A failing 32-bit result. */
 #define INVALID_FILE_SIZE 0xFFFFFFFFu
 #define INVALID_SET_FILE_POINTER 0xFFFFFFFFu
 #define HFILE_ERROR 0xFFFFFFFFu
+/** @} */
 
 /** Opens a file or a port.
  *  @param name         the name. One that starts as a port does (COM1, LPT2, EPT:) must lie in
@@ -163,10 +183,14 @@ WEXELXI_API int32_t _llseek(HANDLE handle, int32_t offset, int32_t method);
  *  FILE_ATTRIBUTE_ARCHIVE, and FILE_ATTRIBUTE_READONLY if the owner may not write.
  *  @{ */
 
+/** \name File attributes
+ *  @{ */
+/** A bit of the file attributes. */
 #define FILE_ATTRIBUTE_READONLY 0x01u
 #define FILE_ATTRIBUTE_DIRECTORY 0x10u
 #define FILE_ATTRIBUTE_ARCHIVE 0x20u
 #define FILE_ATTRIBUTE_NORMAL 0x80u
+/** @} */
 
 /** Copies a file's bytes and its read-only state; owner, times and execute bits are not copied. The
  *  lock is held for the whole copy, and 64 KiB of the caller's stack are used.

@@ -14,23 +14,37 @@ extern "C" {
  *  are dots of the resolution that it was made for.
  *  @{ */
 
+/** Bytes of lfFaceName. */
 #define LF_FACESIZE 128
 
+/** \name Font weights
+ *  @{ */
+/** A weight that selects a search list of its own, or none. */
 #define FW_DONTCARE 0
 #define FW_NORMAL 400
 #define FW_SEMIBOLD 600
 #define FW_BOLD 700
 #define FW_EXTRABOLD 800
+/** @} */
 
+/** The one tmCharSet. */
 #define DEFAULT_CHARSET 1
 
+/** \name Pitches
+ *  @{ */
+/** A pitch in lfPitchAndFamily. */
 #define FIXED_PITCH 1
 #define VARIABLE_PITCH 2
+/** @} */
 
+/** \name Bits of tmPitchAndFamily
+ *  @{ */
 #define TMPF_FIXED_PITCH 1 /**< Despite its name: the pitch is variable. */
 #define TMPF_VECTOR 2
 #define TMPF_TRUETYPE 4
+/** @} */
 
+/** Font type that EnumFonts reports of a TrueType font. */
 #define TRUETYPE_FONTTYPE 4u
 
 typedef void *HGDIOBJ; /**< An object for SelectObject and DeleteObject: always a font. */

@@ -17,14 +17,19 @@
 extern "C" {
 #endif
 
+/** \name Default languages
+ *  @{ */
+/** Stands for the current language. */
 #define LOCALE_USER_DEFAULT 1024u
 #define LOCALE_SYSTEM_DEFAULT 2048u
+/** @} */
 
 /** In a key: answer for the current language, whatever the argument says. */
 #define LOCALE_NOUSEROVERRIDE 0x80000000u
 
 /** \name Keys of the language tables, in the order of their rows
  *  @{ */
+/** A key of GetLocaleInfo. */
 #define LOCALE_ILANGUAGE 1u
 #define LOCALE_SLANGUAGE 2u
 #define LOCALE_SENGLANGUAGE 4097u
@@ -241,8 +246,12 @@ WEXELXI_API extern const LANGUAGEROW Lang_Slovakian[104];
 /** Seconds are left out, as far as the picture writes them ":ss". */
 #define TIME_NOSECONDS 2u
 
+/** \name Flags of GetDateFormat
+ *  @{ */
+/** A flag: which default picture counts. */
 #define DATE_SHORTDATE 1u
 #define DATE_LONGDATE 2u
+/** @} */
 
 /** Makes text after a picture. Allocates nothing.
  *  @param language  whose names are used; see GetLocaleInfo.

@@ -21,8 +21,12 @@ extern "C" {
 /** The host itself: first in the chain, under the path that InitLib was given. */
 #define WEXELXI_HOST_MODULE ((HMODULE)(uintptr_t)1)
 
+/** \name Reasons of DllMain
+ *  @{ */
+/** A reason that DllMain is called for. */
 #define DLL_PROCESS_DETACH 0u
 #define DLL_PROCESS_ATTACH 1u
+/** @} */
 
 /** What a module exports as `DllMain`.
  *  @param module    the module's own handle.

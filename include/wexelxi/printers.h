@@ -21,8 +21,12 @@
 extern "C" {
 #endif
 
+/** \name Last errors of printing
+ *  @{ */
+/** A last error number. */
 #define ERROR_INVALID_DATA 13u
 #define ERROR_INVALID_PRINTER_NAME 1801u
+/** @} */
 
 /** A destination as OpenPrinter gives it; ended by ClosePrinter. HPRINTERPPD is another thing. */
 typedef struct PrinterHandleRecord *HPRINTER;
@@ -52,8 +56,8 @@ WEXELXI_FIELD(PRINTER_INFO_2, pPrinterName, 0);
 
 /** A row of DC_PAPERSIZE, in tenths of a millimetre. */
 typedef struct DCPAPERSIZE {
-    int32_t width;
-    int32_t length;
+    int32_t width;  /**< Width. */
+    int32_t length; /**< Length. */
 } DCPAPERSIZE;
 
 WEXELXI_LAYOUT(sizeof(DCPAPERSIZE) == 8);
@@ -62,10 +66,10 @@ WEXELXI_FIELD(DCPAPERSIZE, length, 4);
 
 /** A row of DC_PAPERMARGINS, in tenths of a millimetre. */
 typedef struct DCPAPERMARGINS {
-    int32_t left;
-    int32_t top;
-    int32_t right;
-    int32_t bottom;
+    int32_t left;   /**< Left margin. */
+    int32_t top;    /**< Top margin. */
+    int32_t right;  /**< Right margin. */
+    int32_t bottom; /**< Bottom margin. */
 } DCPAPERMARGINS;
 
 WEXELXI_LAYOUT(sizeof(DCPAPERMARGINS) == 16);

@@ -11,9 +11,13 @@
 extern "C" {
 #endif
 
+/** \name Waiting
+ *  @{ */
+/** A time-out, or a result, of WaitForSingleObject. */
 #define INFINITE 0xFFFFFFFFu
 #define WAIT_OBJECT_0 0u
 #define WAIT_FAILED 0xFFFFFFFFu
+/** @} */
 
 /** Flag of CreateThread: the thread can be waited for. */
 #define CREATE_JOINABLE 0x100u

@@ -15,8 +15,8 @@ extern "C" {
 
 /** An instant: the low and the high word of one signed 64-bit tick count. */
 typedef struct {
-    uint32_t dwLowDateTime;
-    uint32_t dwHighDateTime;
+    uint32_t dwLowDateTime;  /**< Low half of the ticks. */
+    uint32_t dwHighDateTime; /**< High half of the ticks. */
 } FILETIME;
 
 WEXELXI_LAYOUT(sizeof(FILETIME) == 8);
@@ -41,14 +41,14 @@ WEXELXI_FIELD(SYSTEMTIME, wMilliseconds, 14);
 
 /** The same fields, the day of the week last. */
 typedef struct {
-    int16_t Year;
-    int16_t Month;
-    int16_t Day;
-    int16_t Hour;
-    int16_t Minute;
-    int16_t Second;
-    int16_t Milliseconds;
-    int16_t Weekday;
+    int16_t Year;         /**< 1601 upward. */
+    int16_t Month;        /**< 1 to 12. */
+    int16_t Day;          /**< 1 to 31. */
+    int16_t Hour;         /**< 0 to 23. */
+    int16_t Minute;       /**< 0 to 59. */
+    int16_t Second;       /**< 0 to 59. */
+    int16_t Milliseconds; /**< 0 to 999. */
+    int16_t Weekday;      /**< 0 to 6; Sunday is 0. */
 } TIME_FIELDS;
 
 WEXELXI_LAYOUT(sizeof(TIME_FIELDS) == 16);

@@ -66,6 +66,7 @@ typedef void *HMODULE; /**< What dlopen returned, or 1 for the host itself. */
 /** A colour, 0x00BBGGRR: red in the low byte. */
 typedef uint32_t COLORREF;
 
+/** The failing handle of CreateFile and FindFirstFile. */
 #define INVALID_HANDLE_VALUE ((HANDLE)(intptr_t)-1)
 
 WEXELXI_LAYOUT(sizeof(void *) == 8);
