@@ -1,6 +1,8 @@
-// The conversions beside the platform's iconv, a vector copy loop and a byte loop.
+// The conversions beside the platform's iconv, a vector copy loop and a loop over single units;
+// date and time text beside GLib's.
 #include <benchmark/benchmark.h>
 #include <cstring>
+#include <glib.h>
 #include <iconv.h>
 #include <string>
 #include <vector>
@@ -187,7 +189,7 @@ void VectorCopy(benchmark::State &state, const Conversion &row, size_t bytes)
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.sourceBytes));
 }
 
-void ByteLoop(benchmark::State &state, const Conversion &row, size_t bytes)
+void UnitByUnit(benchmark::State &state, const Conversion &row, size_t bytes)
 {
     Input input(row, kAscii, bytes);
     for ([[maybe_unused]] auto _ : state) {
@@ -197,6 +199,42 @@ void ByteLoop(benchmark::State &state, const Conversion &row, size_t bytes)
     }
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.sourceBytes));
 }
+
+const SYSTEMTIME kTime = {2005, 3, 1, 7, 13, 5, 9, 0};
+
+void LibraryDate(benchmark::State &state)
+{
+    char text[64];
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(GetDateFormat(1033, DATE_LONGDATE, &kTime, nullptr, text, 64));
+}
+BENCHMARK(LibraryDate);
+
+void LibraryTime(benchmark::State &state)
+{
+    char text[64];
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(GetTimeFormat(1033, 0, &kTime, nullptr, text, 64));
+}
+BENCHMARK(LibraryTime);
+
+void GlibFormat(benchmark::State &state, const char *format)
+{
+    GDateTime *time = g_date_time_new_utc(2005, 3, 7, 13, 5, 9);
+    for ([[maybe_unused]] auto _ : state)
+        g_free(g_date_time_format(time, format));
+    g_date_time_unref(time);
+}
+BENCHMARK_CAPTURE(GlibFormat, date, "%A, %B %d, %Y");
+BENCHMARK_CAPTURE(GlibFormat, time, "%l:%M:%S %p");
+
+void LibraryLocaleInfo(benchmark::State &state)
+{
+    char text[64];
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(GetLocaleInfo(1053, LOCALE_SISO3166CTRYNAME, text, 64));
+}
+BENCHMARK(LibraryLocaleInfo);
 
 const bool kRegistered = [] {
     constexpr size_t kMiB = 1 << 20;
@@ -211,7 +249,7 @@ const bool kRegistered = [] {
         add(name("/western_1MiB/library"), [&](auto &s) { Library(s, row, kWestern, kMiB); });
         add(name("/western_1MiB/iconv"), [&](auto &s) { Platform(s, row, kWestern, kMiB); });
         add(name("/ascii_64/library"), [&](auto &s) { Library(s, row, kAscii, 64); });
-        add(name("/ascii_64/byte_loop"), [&](auto &s) { ByteLoop(s, row, 64); });
+        add(name("/ascii_64/unit_loop"), [&](auto &s) { UnitByUnit(s, row, 64); });
     }
     return true;
 }();
