@@ -101,29 +101,60 @@ struct Sse2Blocks : PortableBlocks {
         return true;
     }
 
-    // Saturation turns every unit from 7FFF on into 7FFF or into a negative number: adding 1 makes
-    // all these negative, and the portable road then finds out which of them fit.
+    // Below 4000 saturation changes nothing and the ored units show it; whether others fit is for
+    // the portable code to find out.
     template <uint32_t kLimit>
     static bool Convert(const uint32_t *from, uint16_t *to)
     {
         static_assert(kLimit == 0x10000);
         const __m128i low = PackTwo(from);
         const __m128i high = PackTwo(from + 8);
-        const __m128i one = _mm_set1_epi16(1);
-        const __m128i signs = _mm_or_si128(_mm_add_epi16(low, one), _mm_add_epi16(high, one));
-        const __m128i negative = _mm_or_si128(signs, _mm_or_si128(low, high));
-        if (_mm_movemask_epi8(negative) & 0xAAAA)
+        const __m128i top = _mm_and_si128(_mm_or_si128(low, high), _mm_set1_epi16(~0x3FFF));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(top, _mm_setzero_si128())) != 0xFFFF)
             return PortableBlocks::Convert<kLimit>(from, to);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(to), low);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(to + 8), high);
         return true;
     }
 
+    template <uint32_t kLimit>
+    static bool Convert(const uint8_t *from, uint32_t *to)
+    {
+        static_assert(kLimit == 0x80);
+        const __m128i a = Load(from);
+        const __m128i b = Load(from + 16);
+        const __m128i c = Load(from + 32);
+        const __m128i d = Load(from + 48);
+        if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) != 0)
+            return false;
+        StoreWidened(a, to);
+        StoreWidened(b, to + 16);
+        StoreWidened(c, to + 32);
+        StoreWidened(d, to + 48);
+        return true;
+    }
+
 private:
+    static __m128i Load(const void *from)
+    {
+        return _mm_loadu_si128(static_cast<const __m128i *>(from));
+    }
+
     static __m128i PackTwo(const uint32_t *from)
     {
-        const auto *pairs = reinterpret_cast<const __m128i *>(from);
-        return _mm_packs_epi32(_mm_loadu_si128(pairs), _mm_loadu_si128(pairs + 1));
+        return _mm_packs_epi32(Load(from), Load(from + 4));
+    }
+
+    static void StoreWidened(__m128i bytes, uint32_t *to)
+    {
+        const __m128i zero = _mm_setzero_si128();
+        auto *units = reinterpret_cast<__m128i *>(to);
+        const __m128i low = _mm_unpacklo_epi8(bytes, zero);
+        const __m128i high = _mm_unpackhi_epi8(bytes, zero);
+        _mm_storeu_si128(units, _mm_unpacklo_epi16(low, zero));
+        _mm_storeu_si128(units + 1, _mm_unpackhi_epi16(low, zero));
+        _mm_storeu_si128(units + 2, _mm_unpacklo_epi16(high, zero));
+        _mm_storeu_si128(units + 3, _mm_unpackhi_epi16(high, zero));
     }
 };
 using NativeBlocks = Sse2Blocks;
