@@ -1,6 +1,8 @@
 // Document properties, merging between real printers, and the print dialog's data.
+#include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <thread>
 
 #include "support/library.h"
 #include "support/private_cups.h"
@@ -295,6 +297,33 @@ TEST(DocumentsAlone, NoSchedulerMeansNoPrinters)
     RestoreDefaultDevmode(damaged.get());
     EXPECT_EQ(damaged->dmCopies, 1);
     EXPECT_EQ(damaged->dmDeviceName[126], '\xFF');
+}
+
+TEST(DocumentsAlone, ThreadsSeeWholeRecords)
+{
+    setenv("CUPS_SERVER", "/nonexistent/cups.sock", 1);
+    StartedLibrary library;
+    std::atomic<int> torn = 0;
+    const auto change = [&torn](int16_t number) {
+        TestRecord wish({}, 516, "other");
+        wish->dmCopies = wish->dmScale = number;
+        wish->dmJobSheetEnd = number;
+        HPRINTERPPD printer = nullptr;
+        OpenPrinterPPD("shared", &printer);
+        for (int i = 0; i < 200; i++) {
+            DocumentProperties(nullptr, nullptr, "shared", nullptr, wish.get(), DM_MODIFY);
+            HGLOBAL copy = GetCopyOfDevmodeFromPPD(printer);
+            const auto *record = static_cast<const DEVMODE *>(copy);
+            torn += record->dmCopies != record->dmScale || record->dmScale != record->dmJobSheetEnd;
+            GlobalFree(copy);
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int16_t number = 1; number <= 4; number++)
+        threads.emplace_back(change, number);
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(torn, 0);
 }
 
 TEST(DocumentsAlone, EmptyCallsClearTheLastError)
