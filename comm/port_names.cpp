@@ -39,7 +39,7 @@ static uint32_t LookUpPort(const char *name, char *device, uint32_t size)
 uint32_t GetPortName(char *name, char *device, int32_t length)
 {
     LockScope lock;
-    if (!device || length < 1 || isLookingUp)
+    if (!name || !device || length < 1 || isLookingUp)
         return PST_UNSPECIFIED;
     const PortName port = ParsePortName(name);
     if (port.number == 0)

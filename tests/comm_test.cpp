@@ -25,6 +25,11 @@ HANDLE OpenNamed(std::string name, uint32_t disposition = OPEN_EXISTING)
     return CreateFile(name.data(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr);
 }
 
+HANDLE OpenNull()
+{
+    return CreateFile(nullptr, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
 // A pseudo-terminal, and its slave side opened as a port.
 struct Line {
     int master = posix_openpt(O_RDWR | O_NOCTTY);
@@ -158,6 +163,7 @@ TEST(PortNames, GiveDeviceAndType)
             EXPECT_EQ(device, std::string("/dev/ttyS7").substr(0, static_cast<size_t>(length - 1)));
         }
     }
+    EXPECT_EQ(OpenNull(), INVALID_HANDLE_VALUE);
     ASSERT_EQ(chdir(library.folder.path().c_str()), 0);
     SetWexelXiFolder("COM1"); // is the configuration a port?
     std::string name = "COM2";
