@@ -26,10 +26,11 @@ char *itoa(int32_t value, char *buffer, int32_t radix)
         rest = 0u - rest;
     }
     char *end = digits;
-    if (radix >= 2 && radix <= 36) {
+    if (radix >= 2) {
         const auto base = static_cast<uint32_t>(radix);
         do {
-            *end++ = "0123456789abcdefghijklmnopqrstuvwxyz"[rest % base];
+            const uint32_t digit = rest % base;
+            *end++ = static_cast<char>(digit + (digit < 10 ? '0' : 'a' - 10));
             rest /= base;
         } while (rest != 0);
     }
@@ -41,13 +42,16 @@ char *itoa(int32_t value, char *buffer, int32_t radix)
 char *lstrcat(char *dst, const char *src)
 {
     LockScope lock;
-    return strcat(dst, src);
+    memmove(dst + strlen(dst), src, strlen(src) + 1);
+    return dst;
 }
 
 char *lstrcpy(char *dst, const char *src)
 {
     LockScope lock;
-    return strcpy(dst, src);
+    // Hosts close a gap with it: the two may overlap.
+    memmove(dst, src, strlen(src) + 1);
+    return dst;
 }
 
 char *lstrcpyn(char *dst, const char *src, int32_t count)

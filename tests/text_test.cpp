@@ -23,7 +23,8 @@ TEST(Strings, Itoa)
         {INT32_MIN, 10, "-2147483648"},
         {INT32_MAX, 10, "2147483647"},
         {5, 1, ""},
-        {5, 37, ""},
+        {5, 0, ""},
+        {38, 40, "}"},
     };
     for (const auto &row : rows) {
         char text[40];
@@ -85,6 +86,8 @@ TEST(Strings, BoundedCopies)
     EXPECT_STREQ(lstrcat(joined, "cd"), "abcd");
     EXPECT_STREQ(lstrcpy(joined, "xyz"), "xyz");
     EXPECT_EQ(lstrlen(joined), 3u);
+    EXPECT_STREQ(lstrcpy(joined, joined + 1), "yz");
+    EXPECT_STREQ(lstrcat(joined, joined), "yzyz");
 }
 
 TEST(Strings, CaseTables)

@@ -16,14 +16,15 @@ extern "C" {
 /** Writes a number as text, letters in lower case.
  *  @param value   signed in radix 10, unsigned in every other.
  *  @param buffer  receives the text: 12 bytes serve radix 10, 33 radix 2.
- *  @param radix   2 to 36; any other stores the empty text.
+ *  @param radix   2 or more; any other stores the empty text. Digits from 10 up go on behind 'a',
+ *                 beyond the letters too.
  *  @return buffer. Last error: unchanged. Lock: yes. */
 WEXELXI_API char *itoa(int32_t value, char *buffer, int32_t radix);
 
 /** Appends src to dst, which must have the room. Returns dst. Last error: unchanged. Lock: yes. */
 WEXELXI_API char *lstrcat(char *dst, const char *src);
 
-/** Copies src with its NUL. Returns dst. Last error: unchanged. Lock: yes. */
+/** Copies src with its NUL; the two may overlap. Returns dst. Last error: unchanged. Lock: yes. */
 WEXELXI_API char *lstrcpy(char *dst, const char *src);
 
 /** Copies at most count - 1 bytes and a NUL.
