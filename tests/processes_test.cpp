@@ -1,4 +1,5 @@
 // Commands through the real shell, the real `ps`, the processor text, and the system log.
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -10,6 +11,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include "modules/processor_text.h"
@@ -161,7 +163,8 @@ TEST(Commands, ReapTheHostsOtherChildren)
     const pid_t ended = fork();
     if (ended == 0)
         _exit(5);
-    usleep(50000);
+    siginfo_t unused;
+    waitid(P_PID, static_cast<id_t>(ended), &unused, WEXITED | WNOWAIT);
     const pid_t living = fork();
     if (living == 0) {
         pause();
@@ -174,6 +177,22 @@ TEST(Commands, ReapTheHostsOtherChildren)
     waitpid(living, nullptr, 0);
     signal(SIGCHLD, SIG_IGN); // the platform reaps for itself
     EXPECT_EQ(WinExecEx("exit 4", 0, WINEXEC_WAIT, nullptr), 0xFFFFFFFFu);
+}
+
+TEST(Commands, HoldTheLockUntilTheyEnd)
+{
+    StartedLibrary library;
+    const std::string started = library.folder.file("started");
+    std::thread command([&] {
+        EXPECT_EQ(
+            WinExecEx(("touch '" + started + "'; sleep 0.3").c_str(), 0, WINEXEC_WAIT, nullptr),
+            32u);
+    });
+    while (!FileExists(started))
+        usleep(1000);
+    EXPECT_EQ(pthread_mutex_trylock(static_cast<pthread_mutex_t *>(gWexelxiCriticalSection)),
+              EBUSY);
+    command.join();
 }
 
 TEST(RunningPrograms, AreFoundByTheirNames)

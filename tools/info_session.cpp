@@ -54,7 +54,8 @@ std::string StartIn(const std::string &folder, const Place &place)
     setenv("WEXELXIDIR", folder.c_str(), 1);
     const int32_t status = InitLib(place.host.c_str(), nullptr, 0);
     if (status != 0)
-        return "InitLib gives " + std::to_string(status) + ": fontconfig cannot start";
+        return "InitLib gives " + std::to_string(status) +
+               (status == 3 ? ": fontconfig cannot start" : "");
     SetWexelXiFolder(place.folder.c_str());
     return "";
 }
