@@ -40,6 +40,14 @@ PangoFontMap *wexelxi::ScreenFontMap()
     return gFontMapScreen;
 }
 
+void wexelxi::ReloadFontMaps()
+{
+    for (PangoFontMap *map : {gFontMap25400, gFontMap254, gFontMap1440, gFontMapScreen}) {
+        if (map)
+            pango_fc_font_map_config_changed(PANGO_FC_FONT_MAP(map));
+    }
+}
+
 FcPattern *wexelxi::DefaultFontPattern()
 {
     return gDefaultFontPattern;
@@ -66,17 +74,19 @@ int32_t InitFonts(void)
     Replace(gFontMap254, NewFontMap(254));
     Replace(gFontMap1440, NewFontMap(1440));
     Replace(gFontMapScreen, NewFontMap(gLOGPIXELSY));
+    StartSearches();
     return 0;
 }
 
 void TermFonts(void)
 {
-    PatternPtr(std::exchange(gDefaultFontPattern, nullptr));
+    if (FcPattern *pattern = std::exchange(gDefaultFontPattern, nullptr))
+        FcPatternDestroy(pattern);
     Replace(gFontMap25400, nullptr);
     Replace(gFontMap254, nullptr);
     Replace(gFontMap1440, nullptr);
     Replace(gFontMapScreen, nullptr);
-    ForgetFoundFonts();
+    EndSearches();
     FreeAllFonts();
 }
 

@@ -11,6 +11,9 @@ namespace wexelxi {
 PangoFontMap *FontMapFor(int32_t resolution);
 PangoFontMap *ScreenFontMap();
 
+// Has the font maps look at fontconfig's fonts again, which Pango does not do by itself.
+void ReloadFontMaps();
+
 // What a font falls back to when its family is not found; null before the first enumeration that
 // found a font.
 FcPattern *DefaultFontPattern();

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "fonts/catalogue.h"
 #include "fonts/search_lists.h"
 
 namespace wexelxi {
@@ -127,8 +128,8 @@ PatternPtr FindFont(const std::string &family, int32_t weight, bool italic)
         return nullptr;
     FoundFonts &found = Found();
     if (const ConfigPtr current(FcConfigReference(nullptr)); !found.stock.IsStill(current.get())) {
-        found.answers.clear();
-        found.stock = FontStock::Current();
+        StartSearches();
+        ReloadFontMaps();
     }
     if (found.stock.IsEmpty())
         return nullptr;
@@ -145,7 +146,13 @@ PatternPtr FindFont(const std::string &family, int32_t weight, bool italic)
     return answer;
 }
 
-void ForgetFoundFonts()
+void StartSearches()
+{
+    EndSearches();
+    Found().stock = FontStock::Current();
+}
+
+void EndSearches()
 {
     Found() = FoundFonts();
 }

@@ -11,8 +11,9 @@ namespace wexelxi {
 // slant, file, outline and spacing as far as the font has them.
 PatternPtr FindFont(const std::string &family, int32_t weight, bool italic);
 
-// Drops every remembered answer.
-void ForgetFoundFonts();
+// Takes note of the fonts that there are now, or of none, and drops every remembered answer.
+void StartSearches();
+void EndSearches();
 
 // A pattern's file, or null; it belongs to the pattern.
 const char *FileOf(const FcPattern *font);

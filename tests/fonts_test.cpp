@@ -526,9 +526,19 @@ TEST(Fonts, ListOnceUntilTheFontsChange)
         EXPECT_EQ(listsFor(std::to_string(i).c_str(), 400), 2);
     EXPECT_EQ(listsFor("DejaVu Sans", 400), 1);
 
+    const HDC hdc = CreateCompatibleDC(nullptr);
+    SelectObject(hdc, Create(Asked("DejaVu Sans", 10)));
+    DirectAnswer old(fonts.Path("DejaVuSans.ttf"), 10, 96);
+    ExpectMeasuresOf(old, hdc, 1);
     const std::string added = PrivateFonts::InstalledPath("DejaVuSerif-Bold.ttf");
     FcConfigAppFontAddFile(nullptr, reinterpret_cast<const FcChar8 *>(added.c_str()));
-    EXPECT_EQ(InfoOf(Create(Asked("DejaVu Serif", 10, 700))).filePath, added);
+    const HFONT font = Create(Asked("DejaVu Serif", 10, 700));
+    EXPECT_EQ(InfoOf(font).filePath, added);
+    ExpectMeasuresOf(old, hdc, 1);
+    SelectObject(hdc, font);
+    DirectAnswer direct(added, 10, 96);
+    ExpectMeasuresOf(direct, hdc, 1);
+    DeleteDC(hdc);
     FcConfigAppFontClear(nullptr);
     EXPECT_EQ(Create(Asked("DejaVu Serif", 10, 700)), nullptr);
     fonts.Add("DejaVuSerif-Bold.ttf");
