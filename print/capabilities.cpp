@@ -1,5 +1,6 @@
 // Questions about papers and bins, answered out of a printer's rows.
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <optional>
 
@@ -59,12 +60,11 @@ static int32_t RowOrFirst(int32_t row, int32_t count)
     return row >= 0 && row < count ? row : 0;
 }
 
-// False for a damaged record that ends in front of the fields of paper and bin. One that says
-// nothing about its size is a plain head of the host's.
+// False for a damaged record whose head ends in front of the fields of paper and bin. A record that
+// does not tell its size is a plain head.
 static bool HoldsPaperAndBin(const DEVMODE *record)
 {
-    const size_t bytes = RecordBytes(record);
-    return bytes == 0 || bytes >= offsetof(DEVMODE, dmPrintQuality);
+    return RecordBytes(record) == 0 || record->dmSize >= offsetof(DEVMODE, dmPrintQuality);
 }
 
 void GetPaperFromIndex(HPRINTERPPD printer, int32_t row, DEVMODE *record)

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -18,22 +18,26 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Starts a program with its output thrown away; 0 if there is no such program.
+constexpr int kNoSuchProgram = 127;
+
+// Starts a program with its output thrown away, which ends with this thread at the latest.
 pid_t Start(const std::vector<std::string> &command)
 {
     std::vector<char *> arguments;
     for (const std::string &word : command)
         arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    pid_t pid = 0;
-    const int error =
-        posix_spawnp(&pid, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return error == 0 ? pid : 0;
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const pid_t pid = vfork();
+    if (pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        dup2(null, STDOUT_FILENO);
+        dup2(null, STDERR_FILENO);
+        execvp(arguments[0], arguments.data());
+        _exit(kNoSuchProgram);
+    }
+    close(null);
+    return pid;
 }
 
 bool Run(const std::vector<std::string> &command)
@@ -49,7 +53,8 @@ bool Run(const std::vector<std::string> &command)
 
 PrivateCups::PrivateCups()
 {
-    for (const char *name : {"etc/ppd", "run", "spool", "cache", "own-tmp", "tmp", "client", "home"})
+    for (const char *name :
+         {"etc/ppd", "run", "spool", "cache", "own-tmp", "tmp", "client", "home"})
         fs::create_directories(folder.file(name));
     WriteConfiguration();
     setenv("CUPS_SERVER", Socket().c_str(), 1);
@@ -61,11 +66,9 @@ PrivateCups::PrivateCups()
         unsetenv(name);
     pid_ = Start({"cupsd", "-f", "-c", folder.file("etc/cupsd.conf"), "-s",
                   folder.file("etc/cups-files.conf")});
-    if (pid_ == 0) {
-        whyNot_ = "there is no cupsd here";
-    } else if (!AwaitSocket()) {
+    if (!AwaitSocket()) {
         Stop();
-        whyNot_ = "cupsd did not start: " + ReadWholeFile(folder.file("error_log"));
+        whyNot_ = "cupsd does not start here: " + ReadWholeFile(folder.file("error_log"));
     }
 }
 
