@@ -241,7 +241,7 @@ WEXELXI_API uint32_t GetTempPath(uint32_t size, char *buffer);
  *  @param directory  the directory; null gives 0.
  *  @param prefix     used whole; null gives 0.
  *  @param unique     not read.
- *  @param name       receives the name; room for the directory, the prefix and 11 bytes more. Null
+ *  @param name       receives the name; room for the directory, the prefix and 10 bytes more. Null
  *                    gives 0.
  *  @return the number in the name, which may be 0.
  *  Last error: 2 (found); 0 (a null argument); 80 (all 65536 names are taken). Lock: yes. */
