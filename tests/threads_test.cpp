@@ -80,7 +80,9 @@ TEST(Semaphore, CountsOneForEachRelease)
     ExpectWaitRefused(semaphore, 1000);
     ExpectWaited(semaphore);
 
-    signal(SIGUSR1, [](int) {});
+    struct sigaction action = {}; // without SA_RESTART
+    action.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &action, nullptr);
     Waiter waiter;
     waiter.WaitFor(semaphore); // the count is 0 again, although 5 was asked for
     pthread_kill(waiter.id, SIGUSR1);
