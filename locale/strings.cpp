@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "core/lock.h"
@@ -39,18 +40,28 @@ char *itoa(int32_t value, char *buffer, int32_t radix)
     return buffer;
 }
 
+// Texts that lie close together may overlap, as when a host closes a gap with a copy. Farther apart
+// a copy that goes forward is safe as it is.
+static void CopyText(char *dst, const char *src)
+{
+    constexpr ptrdiff_t kClose = 4096;
+    if (std::abs(dst - src) < kClose)
+        memmove(dst, src, strlen(src) + 1);
+    else
+        strcpy(dst, src);
+}
+
 char *lstrcat(char *dst, const char *src)
 {
     LockScope lock;
-    memmove(dst + strlen(dst), src, strlen(src) + 1);
+    CopyText(dst + strlen(dst), src);
     return dst;
 }
 
 char *lstrcpy(char *dst, const char *src)
 {
     LockScope lock;
-    // Hosts close a gap with it: the two may overlap.
-    memmove(dst, src, strlen(src) + 1);
+    CopyText(dst, src);
     return dst;
 }
 
