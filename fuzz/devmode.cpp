@@ -28,10 +28,8 @@ std::string RecordOf(uint8_t shape, const std::string &block)
     const size_t extra = std::min<size_t>(block.size(), UINT16_MAX);
     std::string bytes(std::max<size_t>(head + extra, 392), static_cast<char>(shape));
     bytes.replace(head, extra, block, 0, extra);
-    std::string lengths;
-    Append(lengths, static_cast<int64_t>(head), 2);
-    Append(lengths, static_cast<int64_t>(extra), 2);
-    return bytes.replace(388, 4, lengths);
+    bytes.replace(388, 2, Number(static_cast<int64_t>(head), 2));
+    return bytes.replace(390, 2, Number(static_cast<int64_t>(extra), 2));
 }
 
 void ChangeEveryOption(const TestRecord &record, const std::string &name)

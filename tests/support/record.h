@@ -23,10 +23,13 @@ struct TestOption {
     std::vector<TestValue> values;
 };
 
-inline void Append(std::string &bytes, int64_t number, size_t width)
+// A number's bytes, lowest first.
+inline std::string Number(int64_t number, size_t width)
 {
+    std::string bytes(width, '\0');
     for (size_t i = 0; i < width; i++)
-        bytes += static_cast<char>(number >> (8 * i));
+        bytes[i] = static_cast<char>(number >> (8 * i));
+    return bytes;
 }
 
 inline std::string NodeBytes(const TestOption &option)
@@ -37,20 +40,17 @@ inline std::string NodeBytes(const TestOption &option)
         nameWidth = std::max(nameWidth, value.name.size() + 1);
         textWidth = std::max(textWidth, value.text.size() + 1);
     }
-    std::string rows;
+    std::string parts = option.keyword + '\0' + option.text + '\0';
     for (const TestValue &value : option.values) {
-        rows += static_cast<char>(value.selected);
-        rows += value.name + std::string(nameWidth - value.name.size(), '\0');
-        rows += value.text + std::string(textWidth - value.text.size(), '\0');
+        parts += static_cast<char>(value.selected);
+        parts += value.name + std::string(nameWidth - value.name.size(), '\0');
+        parts += value.text + std::string(textWidth - value.text.size(), '\0');
     }
-    const std::string texts = option.keyword + '\0' + option.text + '\0';
-    std::string node;
-    Append(node, static_cast<int64_t>(20 + texts.size() + rows.size()), 4);
+    std::string header = Number(static_cast<int64_t>(20 + parts.size()), 4);
     for (size_t number : {static_cast<size_t>(option.kind), option.keyword.size() + 1,
                           option.text.size() + 1, nameWidth, textWidth, option.values.size()})
-        Append(node, static_cast<int64_t>(number), 2);
-    Append(node, 0, 4);
-    return node + texts + rows;
+        header += Number(static_cast<int64_t>(number), 2);
+    return header + Number(0, 4) + parts;
 }
 
 class TestRecord {
@@ -64,10 +64,8 @@ public:
         std::string block;
         for (const TestOption &option : options)
             block += NodeBytes(option);
-        std::string lengths;
-        Append(lengths, static_cast<int64_t>(headBytes), 2);
-        Append(lengths, static_cast<int64_t>(block.size()), 2);
-        bytes.replace(388, 4, lengths);
+        bytes.replace(388, 2, Number(static_cast<int64_t>(headBytes), 2));
+        bytes.replace(390, 2, Number(static_cast<int64_t>(block.size()), 2));
         Place(bytes + block);
     }
     explicit TestRecord(const std::string &bytes) { Place(bytes); }
