@@ -89,13 +89,13 @@ Row PaperRow(const char *text, const ppd_size_t &size, DEVMODE *head)
         head->dmPaperLength = static_cast<int16_t>(numbers[2]);
     }
     Row row = {Padded(text, 64), {}, {}, {}};
-    Append(row.code, numbers[0], 2);
-    Append(row.size, numbers[1], 4);
-    Append(row.size, numbers[2], 4);
+    row.code += Number(numbers[0], 2);
+    row.size += Number(numbers[1], 4);
+    row.size += Number(numbers[2], 4);
     const float top = size.length - size.top;
     const float right = size.width - size.right;
     for (const float points : {size.left, top, right, size.bottom})
-        Append(row.margins, Tenths(Micrometres(points)), 4);
+        row.margins += Number(Tenths(Micrometres(points)), 4);
     return row;
 }
 
@@ -219,7 +219,7 @@ void ExpectPapersAndBins(const char *name, const Expected &expected)
     }
     for (size_t i = 0; i < expected.bins.size(); i++) {
         bins += expected.bins[i];
-        Append(binCodes, static_cast<int64_t>(256 + i), 2);
+        binCodes += Number(static_cast<int64_t>(256 + i), 2);
     }
     if (!expected.papers.empty()) {
         EXPECT_EQ(Ask(name, DC_PAPERNAMES, 64), names);
