@@ -62,4 +62,4 @@ BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
 DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client hp-ppd socat)
 TEST_PACKAGES=(libgtest-dev libbenchmark-dev clang-format clang-tidy procps python3
     cups-daemon cups-client hp-ppd openprinting-ppds foomatic-db-compressed-ppds
-    fonts-dejavu-core doxygen abigail-tools dpkg-dev file)
+    fonts-dejavu-core fonts-urw-base35 doxygen abigail-tools dpkg-dev file)

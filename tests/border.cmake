@@ -29,3 +29,16 @@ if(NOT WEXELXI_TEST_LABEL)
     COMMAND ${CMAKE_COMMAND} -DLIST=${WEXELXI_EXPORTS} -DLIBRARY=$<TARGET_FILE:hwexelxi>
             -DNM=${CMAKE_NM} -P ${CMAKE_CURRENT_SOURCE_DIR}/exports.cmake)
 endif()
+
+# A host without -fPIC, with functions of its own under exported names. The sanitizers' runtimes want
+# position independence, so it is built plainly only.
+if(NOT WEXELXI_SANITIZE AND NOT WEXELXI_COVERAGE)
+  add_executable(override_host hosts/override_host.c)
+  target_compile_options(override_host PRIVATE -fno-pic -fno-pie)
+  target_link_options(override_host PRIVATE -no-pie)
+  target_link_libraries(override_host PRIVATE hwexelxi wexelxi_warnings)
+  add_test(NAME override_host
+    COMMAND ${CMAKE_COMMAND} -DHOST=$<TARGET_FILE:override_host>
+            -DFOLDER=${CMAKE_CURRENT_BINARY_DIR}/override_host_folder
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/run_host.cmake)
+endif()
