@@ -13,7 +13,7 @@ target_compile_options(wexelxi_objects PRIVATE
   -fno-semantic-interposition -fno-plt -fexceptions -fasynchronous-unwind-tables)
 target_link_libraries(wexelxi_objects
   PRIVATE wexelxi_warnings
-  PUBLIC Threads::Threads Cups::Cups PkgConfig::FONTCONFIG PkgConfig::PANGOFT2 ${CMAKE_DL_LIBS})
+  PUBLIC Threads::Threads wexelxi_ppd PkgConfig::FONTCONFIG PkgConfig::PANGOFT2 ${CMAKE_DL_LIBS})
 
 foreach(room core profile files comm time threads locale print fonts modules)
   add_subdirectory(${room})

@@ -195,9 +195,10 @@ PrinterPPDEntry *MakeInstanceEntry(std::string_view printer, const char *instanc
     if (FindOrCreatePrinterPPD(printer, nullptr, &base) != 0)
         return nullptr;
     Entry entry(AllocRows<PrinterPPDEntry>(1));
-    *entry = *base;
+    *entry = *base; // the PPD and the rows, which stay the printer's
     entry->instanceName = strdup(instance);
     entry->printerName = strndup(printer.data(), printer.size());
+    entry->currentDevMode = entry->defaultDevMode = nullptr;
     StoreRecords(BuildDevModeFromPPD(entry->printerName, instance, base->ppd), entry.get());
     return AddToList(std::move(entry));
 }
