@@ -100,7 +100,7 @@ static const cups_dest_t *LastDefault(const Destinations &destinations)
 char *ListPrinters(uintptr_t selector)
 {
     if (selector)
-        return CopyToHeap(std::string("cups", 5));
+        return CopyToHeap(std::string("cups") + '\0');
     const Destinations destinations;
     const cups_dest_t *first = LastDefault(destinations);
     std::string list;
