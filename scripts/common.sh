@@ -61,5 +61,5 @@ BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
     libcups2-dev libfontconfig-dev libpango1.0-dev libglib2.0-dev)
 DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client hp-ppd socat)
 TEST_PACKAGES=(libgtest-dev libbenchmark-dev clang-format clang-tidy procps python3
-    cups-daemon cups-client hp-ppd openprinting-ppds foomatic-db-compressed-ppds
+    cups-daemon cups-client xz-utils hp-ppd openprinting-ppds foomatic-db-compressed-ppds
     fonts-dejavu-core fonts-urw-base35 doxygen abigail-tools dpkg-dev file)

@@ -13,6 +13,7 @@
 #include "page.h"
 #include "paper.h"
 #include "port.h"
+#include "system.h"
 #include "workers.h"
 
 namespace {
@@ -74,10 +75,7 @@ void ShowStart()
     char folder[4096];
     GetWexelXiFolder(folder);
     Say("configuration", folder);
-    char computer[256];
-    uint32_t size = sizeof computer;
-    if (GetComputerName(computer, &size))
-        Say("computer", computer);
+    Say("machine", DescribeMachine());
 }
 
 Printer ShowPrinter(const Arguments &arguments, const Job &job)
@@ -129,6 +127,8 @@ void Run(const Arguments &arguments)
         SendToPort(job.port, ToWindows1252(note));
         Say("port", job.port + " took the note");
     }
+    Say("longest line", RunCommand("wc -L < '" + file + "'") + " characters");
+    LogEvent("delivery note " + std::to_string(job.number) + " written");
     SaveNextNumber(job);
     Say("counter", "the next note is " + std::to_string(job.number + 1));
 }

@@ -1,6 +1,6 @@
 #include "page.h"
 
-#include <memory>
+#include <algorithm>
 
 #include "../plugin/report.h"
 #include "host.h"
@@ -113,17 +113,32 @@ private:
         return escaped;
     }
 
+    // Every word stands where the measured text in front of it ends, so that a viewer's own idea of
+    // the widths does not add up along the line.
+    std::string Words(const std::string &text, int x, Style style)
+    {
+        std::string words;
+        for (size_t from = 0; from < text.size();) {
+            const size_t end = std::min(text.find(' ', from), text.size());
+            const int before = from == 0 ? 0 : Measure(text.substr(0, from), style).cx;
+            words += "<tspan x='" + std::to_string(x + before) + "'>" +
+                     Escape(text.substr(from, end - from)) + "</tspan>";
+            from = end + 1;
+        }
+        return words;
+    }
+
     // The measured box, thin and grey, and the text on its base line.
     void Put(const std::string &text, int x, int width, Style style)
     {
         const TEXTMETRIC metrics = Metrics(style);
         marks_ += "<rect x='" + std::to_string(x) + "' y='" + std::to_string(y_) + "' width='" +
                   std::to_string(width) + "' height='" + std::to_string(metrics.tmHeight) +
-                  "' fill='none' stroke='#ccc' stroke-width='1'/>\n<text x='" + std::to_string(x) +
-                  "' y='" + std::to_string(y_ + metrics.tmAscent) + "' font-family='" +
-                  Escape(family_) + "' font-size='" + std::to_string(Of(style).size()) + "'" +
-                  (style == Style::Title ? " font-weight='bold'" : "") + ">" + Escape(text) +
-                  "</text>\n";
+                  "' fill='none' stroke='#ccc' stroke-width='1'/>\n<text y='" +
+                  std::to_string(y_ + metrics.tmAscent) + "' font-family='" + Escape(family_) +
+                  "' font-size='" + std::to_string(Of(style).size()) + "'" +
+                  (style == Style::Title ? " font-weight='bold'" : "") + ">" +
+                  Words(text, x, style) + "</text>\n";
     }
 
     const Paper &paper_;
