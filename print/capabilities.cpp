@@ -60,11 +60,10 @@ static int32_t RowOrFirst(int32_t row, int32_t count)
     return row >= 0 && row < count ? row : 0;
 }
 
-// False for a damaged record whose head ends in front of the fields of paper and bin. A record that
-// does not tell its size is a plain head.
+// False for a damaged record whose head ends in front of the fields of paper and bin.
 static bool HoldsPaperAndBin(const DEVMODE *record)
 {
-    return RecordBytes(record) == 0 || record->dmSize >= offsetof(DEVMODE, dmPrintQuality);
+    return HeadBytes(record) >= offsetof(DEVMODE, dmPrintQuality);
 }
 
 void GetPaperFromIndex(HPRINTERPPD printer, int32_t row, DEVMODE *record)

@@ -18,6 +18,13 @@ inline size_t RecordBytes(const DEVMODE *record)
     return size_t{record->dmSize} + record->dmDriverExtra;
 }
 
+// Bytes of the head. A record that tells no size at all is a plain head, such as a host makes
+// itself.
+inline size_t HeadBytes(const DEVMODE *record)
+{
+    return RecordBytes(record) == 0 ? sizeof(DEVMODE) : record->dmSize;
+}
+
 // The option block, which stands at the stored length of the head; empty if such a head does not
 // hold the two lengths.
 std::span<char> OptionBlock(const DEVMODE *record);

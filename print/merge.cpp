@@ -39,7 +39,7 @@ constexpr HeadField kAlwaysPassing[] = {
 
 bool Has(const DEVMODE *record, HeadField field)
 {
-    return field.offset + field.width <= record->dmSize;
+    return field.offset + field.width <= HeadBytes(record);
 }
 
 void Pass(const DEVMODE *source, DEVMODE *target, HeadField field)
@@ -148,7 +148,7 @@ void MergeSettings(const DEVMODE *source, DEVMODE *target, const PrinterOffer &s
 
 void RestoreDefaults(const DEVMODE *defaults, DEVMODE *record)
 {
-    const size_t size = record->dmSize;
+    const size_t size = HeadBytes(record);
     const size_t extra = record->dmDriverExtra;
     if (size == defaults->dmSize && extra == defaults->dmDriverExtra) {
         memcpy(record, defaults, RecordBytes(defaults));
