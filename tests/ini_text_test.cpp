@@ -1,133 +1,159 @@
-// The grammar of profile texts, directly.
+// The grammar of profile texts against a slow twin, and what the twin cannot tell.
 #include <chrono>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 
 #include "profile/ini_text.h"
+#include "wexelxi/profile.h"
 
 using namespace std::string_literals;
 using namespace wexelxi;
 
 namespace {
 
-std::string ValueOf(std::string_view text, std::string_view section, std::string_view key)
+// The twin: one byte and one rule at a time, on terminated texts.
+const char *SlowNextLine(const char *at)
 {
-    const IniKeySearch found = SearchIniKey(text, section, key);
-    return found.value == kNoPlace ? "-" : std::string(IniValueAt(text, found.value));
+    while (*at && *at != '\r' && *at != '\n')
+        at++;
+    if (*at)
+        at += at[1] == '\n' ? 2 : 1;
+    return at;
 }
 
-TEST(IniText, SeesWhatItShouldAndNothingElse)
+// Calls line(start) for each line of the sections of that name, until it gives no place to go on
+// from; a line that ends a section is given too.
+template <typename Line>
+void SlowWalk(const char *at, const std::string &section, Line line)
 {
-    const struct {
-        const char *text, *section, *key, *value; // "-": not found
-    } rows[] = {
-        {"", "a", "k", "-"},
-        {"[a]\r\nk=  v  \r\n", "a", "k", "  v  "},
-        {"[a]\nk=\n", "a", "k", ""},
-        {"[a]\nk=v=w", "a", "k", "v=w"},
-        {"[A]\nk=1\n", "a", "k", "-"},
-        {"[a]\nK=1\n", "a", "k", "-"},
-        {"[ab]\nk=1\n", "a", "k", "-"},
-        {" [a]\nk=1\n", "a", "k", "-"},
-        {"[a]\nk =1\n", "a", "k", "-"},
-        {"k=0\n[a] x [b]\nk=1\n", "b", "k", "-"},
-        // Line ends: CR LF and LF LF are one each.
-        {"[a]\r\nx=1\r\n\r\nk=2\r\n", "a", "k", "-"},
-        {"[a]\nx=1\n\nk=2\n", "a", "k", "2"},
-        {"[a]\nx=1\n\n\nk=2\n", "a", "k", "-"},
-        {"[a]\rx=1\rk=2\r", "a", "k", "2"},
-        {"[a]\rx=1\r\rk=2\r", "a", "k", "-"},
-        // A first byte below 33, as a signed one, ends the section.
-        {"[a]\nx=1\n y=1\nk=2\n", "a", "k", "-"},
-        {"[a]\nx=1\n\x80=1\nk=2\n", "a", "k", "-"},
-        {"[a]\nx=1\n!=1\nk=2\n", "a", "k", "2"},
-        // A line with no '=' hides the next one, and is no key at the end of the text.
-        {"[a]\n;comment\nk=1\nl=2\n", "a", "k", "-"},
-        {"[a]\n;comment\nk=1\nl=2\n", "a", "l", "2"},
-        {"[a]\nk", "a", "k", "-"},
-        {"[a]\nk\r\nl=5\n", "a", "k\r\nl", "5"},
-        // A header does not end a section, an empty line in front of it does.
-        {"[a]\nx=1\n[b]\nk=2\nl=3\n", "a", "k", "-"},
-        {"[a]\nx=1\n[b]\nk=2\nl=3\n", "a", "l", "3"},
-        {"[a]\nx=1\n[b]\nk=2\nl=3\n", "b", "k", "2"},
-        {"[a]\r\nx=1\r\n\r\n[b]\r\nk=2\r\n", "a", "k", "-"},
-        {"[a]\r\nx=1\r\n\r\n[a]\r\nk=2\r\n", "a", "k", "2"},
-        // A header whose name runs on is left behind at the end of its own line.
-        {"[x\n[a]\nk=1\n", "a", "k", "1"},
-        {"[x\n[a]\nk=1\n", "x\n[a", "k", "1"},
-        {"[a", "a", "k", "-"},
-        {"[]]\nk=1\n", "]", "k", "-"},
-        {"[]\n=1\n", "", "", "1"},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(ValueOf(row.text, row.section, row.key), row.value)
-            << testing::PrintToString(row.text) << " " << row.section << " " << row.key;
-    const std::string longName(5000, 'n');
-    EXPECT_EQ(ValueOf("[" + longName + "]\n" + longName + "=1", longName, longName), "1");
-}
-
-TEST(IniText, ListsSections)
-{
-    const struct {
-        const char *text;
-        uint32_t size, used;
-        std::string list; // with its last NUL
-    } rows[] = {
-        {"[a]\r\nk=1\r\n;c\r\nl\r\n\r\n[b]\r\nx=1\r\n", 99, 9, "k=1\0;c\0l\0\0"s},
-        {"[a]\nk=1\n[a]\nx=1\n\n\n[a]\nl=2", 99, 8, "k=1\0l=2\0\0"s},
-        {"[a]\n\x80\n", 99, 0, "*"},
-        {"[b]\nk=1\n", 99, 0, "*"},
-        {"[a]\nk=1\nl=2\n", 9, 8, "k=1\0l=2\0\0"s},
-        {"[a]\nk=1\nl=2\n", 8, 6, "k=1\0\0*"s},
-        {"[a]\nk=1\n", 4, 2, "*"},
-        {"[a]\nk=1\n", 1, 0, "*"},
-        {"[a]\nk=1\n", 0, 0, "*"},
-    };
-    for (const auto &row : rows) {
-        std::string list(100, '*');
-        EXPECT_EQ(CopyIniSection(row.text, "a", list.data(), row.size), row.used) << row.text;
-        EXPECT_EQ(list.substr(0, row.list.size()), row.list) << row.text << row.size;
-        EXPECT_EQ(list.find_first_not_of('*', row.list.size()), std::string::npos) << row.text;
+    while (*at) {
+        const char *end = at;
+        while (*end && *end != ']')
+            end++;
+        if (*at != '[' || std::string(at + 1, end) != section) {
+            at = SlowNextLine(at);
+            continue;
+        }
+        at = SlowNextLine(end);
+        for (const char *next; (next = line(at)) != at; at = next) {
+            if (!next)
+                return;
+        }
+        at = SlowNextLine(at);
     }
 }
 
-TEST(IniText, RewritesKeepEveryOtherByte)
+IniKeySearch SlowSearch(const char *text, const char *section, const std::string &key)
 {
-    const struct {
-        std::string file, changed;
-    } rows[] = {
-        {"", "[a]\r\nk=v\r\n"},
-        {"\n", "\n\r\n[a]\r\nk=v\r\n"},
-        {"x", "x\r\n[a]\r\nk=v\r\n"},
-        {"[a]\r\nx=1\r\n\r\n[b]\r\n", "[a]\r\nx=1\r\nk=v\r\n\r\n[b]\r\n"},
-        {"[a]\r\nx=1\r\n\r\n[a]\r\ny=1", "[a]\r\nx=1\r\n\r\n[a]\r\ny=1\r\nk=v\r\n"},
-        {"[a]\nk=old\nx=1\n", "[a]\nk=v\r\nx=1\n"},
-        {"[a]\nk=old", "[a]\nk=v\r\n"},
-        {"[a]\rk=old\r\rz", "[a]\rk=v\r\n\rz"},
-        {"[a]", "[a]\r\nk=v\r\n"},
-        {"[a", "[a\r\nk=v\r\n"},
-        {"[a]\n;c\n", "[a]\n;c\nk=v\r\n"},
+    IniKeySearch found;
+    SlowWalk(text, section, [&](const char *line) {
+        found.position = static_cast<size_t>(line - text);
+        if (static_cast<signed char>(*line) < 33)
+            return line;
+        const char *end = line;
+        while (*end && *end != '=')
+            end++;
+        if (*end != '=' || std::string(line, end) != key)
+            return SlowNextLine(end);
+        found.value = static_cast<size_t>(end + 1 - text);
+        return static_cast<const char *>(nullptr);
+    });
+    return found;
+}
+
+uint32_t SlowList(const char *text, const char *section, std::string &list, uint32_t size)
+{
+    uint32_t used = 0;
+    bool fits = true;
+    SlowWalk(text, section, [&](const char *line) {
+        if (static_cast<signed char>(*line) < 33 || *line == '[')
+            return line;
+        const auto length = static_cast<uint32_t>(strcspn(line, "\r\n"));
+        fits = used + length + 2 <= size;
+        if (!fits)
+            return static_cast<const char *>(nullptr);
+        list.replace(used, length + 2, std::string(line, length) + "\0\0"s);
+        used += length + 1;
+        return SlowNextLine(line);
+    });
+    return fits ? used : size < 2 ? 0 : size - 2;
+}
+
+std::string SlowRewrite(const std::string &old, const char *section, const char *key)
+{
+    const char *text = old.c_str();
+    const IniKeySearch found = SlowSearch(text, section, key);
+    const std::string line = key + "=v\r\n"s;
+    if (found.position == kNoPlace)
+        return old + (old.empty() ? "" : "\r\n") + "[" + section + "]\r\n" + line;
+    const char *place = text + found.position;
+    const bool isOpen = !*place && place[-1] != '\r' && place[-1] != '\n';
+    return std::string(text, place) + (isOpen && found.value == kNoPlace ? "\r\n" : "") + line +
+           (found.value == kNoPlace ? place : SlowNextLine(place));
+}
+
+std::string Apply(const std::string &file, const IniRewrite &plan)
+{
+    return file.substr(0, plan.keep) + plan.text + file.substr(plan.resume);
+}
+
+TEST(IniText, AgreesWithItsTwin)
+{
+    const char *const pieces[] = {
+        "[A]", "[B]", "[", "]", "=", "A",    "k=",       "k=v",   "kk=", "\r\n",    "\n",
+        "\r",  " ",   "!", ";", "x", "\x80", "[A]\r\nk", "[A\n]", "\t",  "\r\n\r\n"};
+    const char *const sections[] = {"A", "B", "", "A\n", "[A"};
+    const char *const keys[] = {"k", "kk", "A", "", "k\n", "[A]\r\nk"};
+    std::mt19937 random(21);
+    for (int i = 0; i < 100000; i++) {
+        std::string text;
+        for (size_t count = random() % 25; count > 0; count--)
+            text += pieces[random() % std::size(pieces)];
+        SCOPED_TRACE(testing::PrintToString(text));
+        const char *const section = sections[random() % std::size(sections)];
+        const char *const key = keys[random() % std::size(keys)];
+        const IniKeySearch slow = SlowSearch(text.c_str(), section, key);
+        const char *position = nullptr;
+        ASSERT_EQ(findIniKey(text.c_str(), section, key, &position), static_cast<int>(slow.value));
+        ASSERT_EQ(position, slow.position == kNoPlace ? nullptr : text.c_str() + slow.position);
+        const char *const anywhere = text.c_str() + random() % (text.size() + 1);
+        ASSERT_EQ(nextLine(anywhere), SlowNextLine(anywhere));
+
+        const auto size = static_cast<uint32_t>(random() % 40);
+        std::string list(128, '*'), slowList = list;
+        ASSERT_EQ(CopyIniSection(text, section, list.data(), size),
+                  SlowList(text.c_str(), section, slowList, size));
+        ASSERT_EQ(list, slowList);
+        ASSERT_EQ(Apply(text, PlanIniRewrite(text, section, key, "v")),
+                  SlowRewrite(text, section, key));
+    }
+}
+
+TEST(IniText, NamesOfAnyLengthAndBytesBehindTheText)
+{
+    const std::string name(5000, 'n');
+    EXPECT_EQ(SearchIniKey("[" + name + "]\n" + name + "=1", name, name).value, 10004u);
+    EXPECT_EQ(findIniKey(nullptr, "s", "a", nullptr), -1);
+    const std::pair<std::string, std::string> rows[] = {
         {"[a]\nk=1\n\0[a]\nk=2"s, "[a]\nk=v\r\n\0[a]\nk=2"s},
         {"[a]\nx=1\0rest"s, "[a]\nx=1\r\nk=v\r\n\0rest"s},
-        {"[b]\n\0rest"s, "[b]\n\r\n[a]\r\nk=v\r\n\0rest"s},
-    };
-    for (const auto &row : rows) {
-        const IniRewrite plan = PlanIniRewrite(row.file, "a", "k", "v");
-        EXPECT_EQ(row.file.substr(0, plan.keep) + plan.text + row.file.substr(plan.resume),
-                  row.changed);
-    }
+        {"[b]\n\0rest"s, "[b]\n\r\n[a]\r\nk=v\r\n\0rest"s}};
+    for (const auto &[file, changed] : rows)
+        EXPECT_EQ(Apply(file, PlanIniRewrite(file, "a", "k", "v")), changed);
 }
 
 // Texts made to be passed again and again; a walk that is not linear takes minutes.
 TEST(IniText, HostileTextsTakeOneWalk)
 {
-    const std::string patterns[] = {"[", "\r", "x=\r", "[a]\r", "[a", "[a]\nk\n", "k\r\n", "a=\n"};
     const auto start = std::chrono::steady_clock::now();
-    for (const std::string &pattern : patterns) {
+    for (const std::string pattern :
+         {"[", "\r", "x=\r", "[a]\r", "[a", "[a]\nk\n", "k\r\n", "a=\n"}) {
         std::string text = "[a]\r";
         while (text.size() < 1'000'000)
             text += pattern;
-        EXPECT_EQ(ValueOf(text, "a", "none"), "-");
+        EXPECT_EQ(SearchIniKey(text, "a", "none").value, kNoPlace);
         std::string list(text.size() * 2, '*');
         CopyIniSection(text, "a", list.data(), static_cast<uint32_t>(list.size()));
     }

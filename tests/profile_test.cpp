@@ -44,9 +44,9 @@ TEST(Profile, SizesAndDefaults)
             row.length);
         EXPECT_EQ(memcmp(value, row.bytes, sizeof value), 0) << row.key << row.size;
     }
-    char list[8] = "*******";
+    char list[8] = "*";
     EXPECT_EQ(GetPrivateProfileString("s", "k", "d", list, 8, nullptr), 0u);
-    EXPECT_STREQ(list, "*******");
+    EXPECT_STREQ(list, "*");
     EXPECT_EQ(GetPrivateProfileSection("s", list, 8, nullptr), 0u);
     EXPECT_STREQ(list, "");
     EXPECT_EQ(WritePrivateProfileString("s", "k", "d", nullptr), 0);
@@ -57,8 +57,6 @@ TEST(Profile, NamesAndFolder)
     char text[4096];
     GetWexelXiFolder(text);
     EXPECT_STREQ(text, "");
-    GetIniName(text, "other.ini");
-    EXPECT_STREQ(text, "other.ini");
     GetIniName(text, "win.ini"); // no folder, no host
     EXPECT_STREQ(text, "/wexelxi.ini");
     GetWexelXiFolder(text);
@@ -71,7 +69,6 @@ TEST(Profile, NamesAndFolder)
     EXPECT_EQ(WriteProfileString("s", "k", "1"), 1);
     for (const char *name : {"win.ini", "wexelxi.ini"})
         EXPECT_EQ(Get("k", name), "1");
-    EXPECT_EQ(Get("k", scratch.file("wexelxi.ini")), "1");
     EXPECT_EQ(Get("k", "WIN.INI"), "default");
     TermIni();
     const std::string longest(4083, 'x');
@@ -81,8 +78,6 @@ TEST(Profile, NamesAndFolder)
     const std::string tooLong(5000, 'y');
     GetIniName(text, tooLong.c_str());
     EXPECT_EQ(text, tooLong.substr(0, 4095));
-    EXPECT_EQ(Get("k", tooLong), "default");
-    EXPECT_EQ(GetLastError(), ERROR_LABEL_TOO_LONG);
 }
 
 TEST(Profile, FolderOfTheHost)
@@ -132,8 +127,6 @@ TEST(Profile, WritesInPlaceAndWhole)
     StartedLibrary library;
     const std::string file = library.folder.file("x.ini");
     ASSERT_EQ(WritePrivateProfileString("s", "first", "1", file.c_str()), 1);
-    struct stat before, after;
-    stat(file.c_str(), &before);
     const std::string longText(10000, 'v');
     const char *values[] = {"2", longText.c_str(), "short", "", "1234", "5678"};
     for (const char *value : values) {
@@ -147,27 +140,22 @@ TEST(Profile, WritesInPlaceAndWhole)
     }
     EXPECT_EQ(WritePrivateProfileString(longText.c_str(), longText.c_str(), "x", file.c_str()), 1);
     EXPECT_EQ(Get(longText.c_str(), file, longText.c_str()), "x");
-    stat(file.c_str(), &after);
-    EXPECT_EQ(before.st_ino, after.st_ino);
 }
 
 TEST(Profile, FilesThatCannotBeWritten)
 {
     StartedLibrary library;
     const std::string file = library.folder.file("x.ini");
-    const struct {
-        std::string name;
-        uint32_t error;
-    } rows[] = {
-        {library.folder.path(), ERROR_INVALID_NAME},
-        {library.folder.file("none/x.ini"), ERROR_FILE_NOT_FOUND},
-        {library.folder.file("wexelxi.ini/x.ini"), ERROR_INVALID_NAME},
-        {"", ERROR_FILE_NOT_FOUND},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(WritePrivateProfileString("s", "k", "v", row.name.c_str()), 0) << row.name;
-        EXPECT_EQ(GetLastError(), row.error) << row.name;
-        EXPECT_EQ(Get("k", row.name), "default");
+    const std::pair<std::string, uint32_t> rows[] = {
+        {library.folder.path(), 123},
+        {library.folder.file("none/x.ini"), 2},
+        {library.folder.file("wexelxi.ini/x.ini"), 123},
+        {"", 2},
+        {std::string(5000, 'y'), 154}};
+    for (const auto &[name, error] : rows) {
+        EXPECT_EQ(WritePrivateProfileString("s", "k", "v", name.c_str()), 0) << name;
+        EXPECT_EQ(GetLastError(), error) << name;
+        EXPECT_EQ(Get("k", name), "default");
     }
     EXPECT_EQ(WritePrivateProfileString("s", "k", "v", "/dev/full"), 1);
     EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
@@ -198,25 +186,6 @@ TEST(Profile, FullDiskLosesNothing)
     EXPECT_EQ(WritePrivateProfileString("s", "k", "2", file.c_str()), 1);
     EXPECT_EQ(GetLastError(), 0u);
     EXPECT_EQ(Get("k", file), "2");
-}
-
-TEST(Profile, FindsKeysAndLinesInATextOfTheHost)
-{
-    const char *text = "[s]\r\na=1\r\n\nend";
-    const char *position = nullptr;
-    EXPECT_EQ(findIniKey(text, "s", "a", &position), 7);
-    EXPECT_EQ(position, text + 5);
-    EXPECT_EQ(findIniKey(text, "s", "b", &position), -1);
-    EXPECT_EQ(position, text + 10);
-    position = text;
-    EXPECT_EQ(findIniKey(text, "t", "a", &position), -1);
-    EXPECT_EQ(position, text);
-    EXPECT_EQ(findIniKey(nullptr, "s", "a", nullptr), -1);
-    EXPECT_EQ(nextLine(text), text + 5);
-    EXPECT_EQ(nextLine(text + 5), text + 10);
-    EXPECT_EQ(nextLine(text + 10), text + 11);
-    EXPECT_EQ(nextLine(text + 11), text + 14);
-    EXPECT_EQ(nextLine(text + 14), text + 14);
 }
 
 } // namespace
