@@ -24,21 +24,16 @@ TEST(Attributes, ShowAndSetTheOwnersWriteBit)
     ScratchFolder folder;
     const std::string file = folder.file("f");
     WriteWholeFile(file, "");
-    struct Row {
-        mode_t before;
-        uint32_t told, set;
-        mode_t after;
-    };
-    const Row rows[] = {{0640, 0x20, 1, 0444},
-                        {0750, 0x20, 0, 0776},
-                        {0444, 0x21, 0x20, 0666},
-                        {0555, 0x21, 3, 0555},
-                        {04711, 0x20, 1, 04555}};
-    for (const Row &row : rows) {
-        chmod(file.c_str(), row.before);
-        EXPECT_EQ(GetFileAttributes(file.c_str()), row.told);
-        EXPECT_TRUE(SetFileAttributes(file.c_str(), row.set));
-        EXPECT_EQ(ModeOf(file), row.after);
+    const uint32_t rows[][4] = {{0640, 0x20, 1, 0444},
+                                {0750, 0x20, 0, 0776},
+                                {0444, 0x21, 0x20, 0666},
+                                {0555, 0x21, 3, 0555},
+                                {04711, 0x20, 1, 04555}};
+    for (const auto &[before, told, set, after] : rows) {
+        chmod(file.c_str(), before);
+        EXPECT_EQ(GetFileAttributes(file.c_str()), told);
+        EXPECT_TRUE(SetFileAttributes(file.c_str(), set));
+        EXPECT_EQ(ModeOf(file), after);
     }
     EXPECT_EQ(GetFileAttributes(folder.file("no").c_str()), 0u);
     EXPECT_EQ(GetLastError(), 31u);
@@ -225,14 +220,14 @@ TEST(Temporary, FindsTheOneNameThatIsFree)
 
 TEST(Volumes, TellTheRoomOfAFileSystem)
 {
-    uint32_t sectors = 7, bytes = 7, available = 7, total = 7;
-    EXPECT_FALSE(GetDiskFreeSpace("/", &sectors, &bytes, &available, nullptr));
-    EXPECT_EQ(sectors + bytes + available, 21u);
-    EXPECT_FALSE(GetDiskFreeSpace("/", &sectors, &bytes, &available, &total));
-    EXPECT_EQ(sectors * bytes, 1024u);
-    EXPECT_LT(available, total);
-    EXPECT_FALSE(GetDiskFreeSpace("/no/such", &sectors, &bytes, &available, &total));
-    EXPECT_EQ(sectors + bytes + available + total, 0u);
+    uint32_t room[4] = {7, 7, 7, 7};
+    EXPECT_FALSE(GetDiskFreeSpace("/", &room[0], &room[1], &room[2], nullptr));
+    EXPECT_EQ(room[0] + room[1] + room[2], 21u);
+    EXPECT_FALSE(GetDiskFreeSpace("/", &room[0], &room[1], &room[2], &room[3]));
+    EXPECT_EQ(room[0] * room[1], 1024u);
+    EXPECT_LT(room[2], room[3]);
+    EXPECT_FALSE(GetDiskFreeSpace("/no/such", &room[0], &room[1], &room[2], &room[3]));
+    EXPECT_EQ(room[0] + room[1] + room[2] + room[3], 0u);
 }
 
 } // namespace
