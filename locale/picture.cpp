@@ -1,4 +1,4 @@
-// The picture engine. It reads the picture where it stands and writes the text where it goes.
+// The picture engine. It reads a long picture where it stands and writes the text where it goes.
 #include "locale/picture.h"
 
 #include <algorithm>
@@ -13,6 +13,10 @@ namespace {
 
 // Bytes of a name that count.
 constexpr size_t kNameLimit = 39;
+
+// Bytes of the longest picture that is copied first, with its end: such a one may stand where the
+// text goes.
+constexpr size_t kCopiedPictureBytes = 40;
 
 // A picture with up to two pieces of three characters taken out of it. Positions count what is
 // left: the piece that was taken out last is stepped over first.
@@ -199,6 +203,9 @@ PictureResult FormatPicture(const char *text, uint32_t flags, const SYSTEMTIME &
                             const PictureNames &names, char *buffer, int32_t size)
 {
     *buffer = '\0';
+    char copy[kCopiedPictureBytes];
+    if (const size_t length = strnlen(text, sizeof copy); length < sizeof copy)
+        text = static_cast<char *>(memcpy(copy, text, length + 1));
     Picture picture(text);
     if (flags & TIME_NOMINUTESORSECONDS)
         picture.TakeOut(":mm");

@@ -150,12 +150,15 @@ TEST(Picture, TakesPiecesOutOneAfterTheOther)
     Check(std::string(10000, 'd') + "'", 3, time, 100);
 }
 
-// The text ends where the caller's picture begins: it is read as the empty picture.
+// One that starts where the text goes is read as the empty picture, one further on as it stood.
 TEST(Picture, WritesOverItsOwnPicture)
 {
-    char text[8] = "yyyy";
+    char text[40] = "MMMM dddd yyyy";
     const SYSTEMTIME time = {2005, 3, 1, 7, 13, 5, 9, 0};
-    EXPECT_EQ(FormatPicture(text, 0, time, {7, NameOf}, text, 8).count, 1);
+    const TwinResult twin = TwinFormat(text + 5, 0, time);
+    EXPECT_EQ(FormatPicture(text + 5, 0, time, {7, NameOf}, text, 40).fits, true);
+    EXPECT_EQ(text, twin.text);
+    EXPECT_EQ(FormatPicture(text, 0, time, {7, NameOf}, text, 40).count, 1);
     EXPECT_STREQ(text, "");
 }
 

@@ -259,7 +259,8 @@ WEXELXI_API extern const LANGUAGEROW Lang_Slovakian[104];
  *  @param flags     TIME_NOMINUTESORSECONDS and TIME_NOSECONDS, or 0: the first ":mm" or ":ss" of
  * the picture is taken out, quoted or not.
  *  @param time      the time.
- *  @param picture   the picture, of any length; empty if it starts at out.
+ *  @param picture   the picture, of any length; empty if it starts at out, and up to 39 characters
+ *                   long if it stands elsewhere in out.
  *  @param out       receives the text, ended. Null stores nothing.
  *  @param size      bytes at out. Below 1 stores nothing.
  *  @return length of the text with its terminator, one less where the text fills out to the last
