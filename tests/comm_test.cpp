@@ -25,11 +25,6 @@ HANDLE OpenNamed(std::string name, uint32_t disposition = OPEN_EXISTING)
     return CreateFile(name.data(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr);
 }
 
-HANDLE OpenNull()
-{
-    return CreateFile(nullptr, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-}
-
 // A pseudo-terminal, and its slave side opened as a port.
 struct Line {
     int master = posix_openpt(O_RDWR | O_NOCTTY);
@@ -138,37 +133,35 @@ TEST(PortNames, GiveDeviceAndType)
         {"LPT5EPT:", "LPT5EPT:", "/dev/lp0", 2},
         {"COMxEPT:", "COMXEPT:", "/dev/ttyS0", 1},
         {"EPT9", "EPT9", "/dev/lp8", 2},
-        {"EPT", "EPT", "####", 0},
-        {"COM0", "COM0", "####", 0},
-        {"COMx", "COMx", "####", 0},
-        {"com1", "com1", "####", 0},
-        {"XCOM1", "XCOM1", "####", 0},
-        {"LPT1.COM", "LPT1.COM", "####", 0},
-        {"EPT1.LPT", "EPT1.LPT", "####", 0},
-        {"", "", "####", 0},
     };
+    char device[20];
     for (const auto &row : rows) {
         std::string name = row.name;
-        char device[20] = "####";
         EXPECT_EQ(GetPortName(name.data(), device, sizeof device), row.type) << row.name;
         EXPECT_EQ(name, row.after);
         EXPECT_STREQ(device, row.device) << row.name;
     }
+    for (const char *file : {"EPT", "COM0", "COMx", "com1", "XCOM1", "LPT1.COM", "EPT1.LPT", ""}) {
+        std::string name = file;
+        strcpy(device, "####");
+        EXPECT_EQ(GetPortName(name.data(), device, sizeof device), 0u) << file;
+        EXPECT_EQ(name + device, std::string(file) + "####");
+    }
     for (const int32_t length : {-1, 0, 1, 2, 10, 11}) {
-        char name[] = "COM8x", device[] = "################";
+        char name[] = "COM8x", expected[] = "/dev/ttyS7";
+        memset(device, '#', sizeof device);
         EXPECT_EQ(GetPortName(name, device, length), length < 1 ? 0u : 1u);
         EXPECT_STREQ(name, length < 1 ? "COM8x" : "COM8X");
         EXPECT_EQ(device[std::max(length, 0)], '#') << "nothing behind the length is written";
         if (length > 0) {
-            EXPECT_EQ(device, std::string("/dev/ttyS7").substr(0, static_cast<size_t>(length - 1)));
+            EXPECT_EQ(std::string(expected, static_cast<size_t>(length - 1)), device);
         }
     }
-    EXPECT_EQ(OpenNull(), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(CreateFile(nullptr, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
     ASSERT_EQ(chdir(library.folder.path().c_str()), 0);
     SetWexelXiFolder("COM1"); // is the configuration a port?
-    std::string name = "COM2";
-    char device[20];
-    EXPECT_EQ(GetPortName(name.data(), device, sizeof device), 1u);
+    char name[] = "COM2";
+    EXPECT_EQ(GetPortName(name, device, sizeof device), 1u);
 }
 
 TEST(Settings, ReachTheLineToTheBit)
@@ -267,11 +260,12 @@ TEST(ParallelPort, IsPassedOverAndWrittenLikeAFile)
     EXPECT_EQ(line.ReadMaster(), "page");
 }
 
-TEST(Timeouts, LiveInTheLineAndDelayNoRead)
+TEST(Timeouts, LiveInTheirLineAndDelayNoRead)
 {
     StartedLibrary library;
-    Line line("COM2", "modem");
+    Line line("COM2", "modem"), other("COM3", "rs485 as rs422");
     line.SetRaw();
+    other.SetRaw();
     COMMTIMEOUTS timeouts = {{1, 2, 3, 4, 5}, 300};
     const COMMTIMEOUTS expected = {{1, 2, 3, 4, 5}, 44};
     SetLastError(77);
@@ -281,10 +275,15 @@ TEST(Timeouts, LiveInTheLineAndDelayNoRead)
     EXPECT_EQ(memcmp(&timeouts, &expected, sizeof timeouts), 0);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(line.Read(), "");
-    line.WriteMaster("abc");
-    EXPECT_EQ(line.Read(), "abc");
+    other.WriteMaster("three");
+    line.WriteMaster("two");
+    EXPECT_EQ(line.Read() + other.Read(), "twothree");
+    line.ExpectWritten("to line");
+    other.ExpectWritten("to other");
+    EXPECT_EQ(line.ReadMaster() + other.ReadMaster(), "to lineto other");
     EXPECT_LT(SecondsSince(start), 3) << "no read waits for the timeout";
     EXPECT_EQ(line.Termios().c_cc[VTIME], 44) << "and each puts it back";
+    EXPECT_EQ(other.Termios().c_cc[VTIME], 0);
     line.SetRaw();
     EXPECT_EQ(GetCommTimeouts(line.port, &timeouts), TRUE);
     EXPECT_EQ(timeouts.VTimeTenths, 0u);
@@ -318,24 +317,6 @@ TEST(Line, CarriesMegabytesBothWays)
     line.ExpectWritten(sent);
     slowReader.join();
     EXPECT_TRUE(received == sent) << received.size();
-}
-
-TEST(Line, DoesNotMixWithAnother)
-{
-    StartedLibrary library;
-    Line second("COM2"), third("COM3", "rs485 as rs422");
-    second.SetRaw();
-    third.SetRaw();
-    const termios before = third.Termios();
-    COMMTIMEOUTS timeouts = {{}, 7};
-    EXPECT_EQ(SetCommTimeouts(second.port, &timeouts), TRUE);
-    EXPECT_TRUE(AreEqual(third.Termios(), before));
-    second.ExpectWritten("to second");
-    third.ExpectWritten("to third");
-    third.WriteMaster("three");
-    second.WriteMaster("two");
-    EXPECT_EQ(second.ReadMaster() + third.ReadMaster(), "to secondto third");
-    EXPECT_EQ(second.Read() + third.Read(), "twothree");
 }
 
 TEST(Line, SurvivesAPeerThatHangsUp)

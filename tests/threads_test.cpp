@@ -33,10 +33,9 @@ void ExpectWaited(HANDLE handle)
     EXPECT_EQ(GetLastError(), 0u);
 }
 
-// A thread that waits for a handle when it is let, and says how that went.
+// A thread that waits for a handle once it is told which, and says how that went.
 struct Waiter {
-    HANDLE gate = CreateSemaphore(nullptr, 0, 1, nullptr);
-    HANDLE other = nullptr;
+    std::atomic<HANDLE> other{nullptr};
     std::atomic<uint32_t> result{77};
     UINT_PTR id = 0;
     HANDLE thread;
@@ -52,18 +51,17 @@ struct Waiter {
         while (result == 77)
             SwitchToThread();
         EXPECT_EQ(CloseHandle(thread), TRUE);
-        EXPECT_EQ(CloseHandle(gate), TRUE);
     }
     void WaitFor(HANDLE handle)
     {
         other = handle;
-        EXPECT_EQ(ReleaseSemaphore(gate, 1, nullptr), TRUE); // needs the lock
         Sleep(30);
     }
     static void *Run(void *argument)
     {
         auto *self = static_cast<Waiter *>(argument);
-        WaitForSingleObject(self->gate, INFINITE);
+        while (!self->other)
+            SwitchToThread();
         self->result = WaitForSingleObject(self->other, INFINITE);
         return nullptr;
     }
@@ -88,8 +86,18 @@ TEST(Semaphore, CountsOneForEachRelease)
     pthread_kill(waiter.id, SIGUSR1);
     Sleep(30);
     EXPECT_EQ(waiter.result, 77u) << "a signal ends no wait";
-    ReleaseSemaphore(semaphore, 1, nullptr);
+    gEnterWexelxiCriticalSection();
+    ReleaseSemaphore(semaphore, 2, nullptr); // its lock is this thread's: the waiter needs none
     ExpectWaited(waiter.thread);
+    std::atomic<bool> entered{false};
+    std::thread locker([&] {
+        SetErrorMode(0);
+        entered = true;
+    });
+    Sleep(50);
+    EXPECT_FALSE(entered) << "a wait gives back its own level of the lock only";
+    gLeaveWexelxiCriticalSection();
+    locker.join();
     EXPECT_EQ(CloseHandle(semaphore), TRUE);
 }
 
@@ -146,24 +154,6 @@ TEST(Thread, ManyEndWhileOthersWait)
     CloseHandle(semaphore);
 }
 
-TEST(Wait, KeepsTheCallersOwnLevelOfTheLock)
-{
-    StartedLibrary library;
-    HANDLE semaphore = CreateSemaphore(nullptr, 1, 1, nullptr);
-    gEnterWexelxiCriticalSection();
-    ExpectWaited(semaphore);
-    std::atomic<bool> entered{false};
-    std::thread other([&] {
-        SetErrorMode(0);
-        entered = true;
-    });
-    Sleep(50);
-    EXPECT_FALSE(entered);
-    gLeaveWexelxiCriticalSection();
-    other.join();
-    CloseHandle(semaphore);
-}
-
 std::string gFaults;
 
 TEST(CriticalSection, IsRecursiveAndReportsWhatIsNotThere)
@@ -174,15 +164,14 @@ TEST(CriticalSection, IsRecursiveAndReportsWhatIsNotThere)
     InitializeCriticalSection(&section);
     EnterCriticalSection(&section);
     EXPECT_EQ(TryEnterCriticalSection(&section), TRUE);
-    for (const int held : {2, 1, 0}) {
-        std::thread([&] {
-            EXPECT_EQ(TryEnterCriticalSection(&section), held ? FALSE : TRUE);
-            if (!held)
-                LeaveCriticalSection(&section);
-        }).join();
-        if (held)
-            LeaveCriticalSection(&section);
+    for (int held = 2; held > 0; held--) {
+        std::thread([&] { EXPECT_EQ(TryEnterCriticalSection(&section), FALSE); }).join();
+        LeaveCriticalSection(&section);
     }
+    std::thread([&] {
+        EXPECT_EQ(TryEnterCriticalSection(&section), TRUE);
+        LeaveCriticalSection(&section);
+    }).join();
     DeleteCriticalSection(&section);
     EXPECT_EQ(section, nullptr);
     EXPECT_EQ(gFaults, "");
