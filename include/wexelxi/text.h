@@ -24,7 +24,8 @@ WEXELXI_API char *itoa(int32_t value, char *buffer, int32_t radix);
 /** Appends src to dst, which must have the room. Returns dst. Last error: unchanged. Lock: yes. */
 WEXELXI_API char *lstrcat(char *dst, const char *src);
 
-/** Copies src with its NUL; the two may overlap. Returns dst. Last error: unchanged. Lock: yes. */
+/** Copies src with its NUL; the two may overlap if less than 4096 bytes lie between their starts.
+ *  Returns dst. Last error: unchanged. Lock: yes. */
 WEXELXI_API char *lstrcpy(char *dst, const char *src);
 
 /** Copies at most count - 1 bytes and a NUL.
