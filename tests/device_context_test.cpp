@@ -11,12 +11,7 @@ namespace {
 
 std::vector<std::pair<std::string, int32_t>> gReports;
 
-void RecordReport(const char *message, int32_t severity)
-{
-    gReports.emplace_back(message, severity);
-}
-
-TEST(DeviceContext, CarriesItsCreatorsResolution)
+TEST(DeviceContext, CarriesResolutionAndColour)
 {
     StartedLibrary library;
     gLOGPIXELSX = 120;
@@ -30,7 +25,8 @@ TEST(DeviceContext, CarriesItsCreatorsResolution)
         {GetDC(&gReports), 1440, 1440},
         {CreateCompatibleDC(nullptr), 120, 96},
     };
-    SetHeadlessErrorProc(RecordReport);
+    SetHeadlessErrorProc(
+        [](const char *message, int32_t severity) { gReports.emplace_back(message, severity); });
     for (const auto &row : rows) {
         SetLastError(7);
         EXPECT_EQ(GetDeviceCaps(row.hdc, LOGPIXELSX), row.dpiX);
@@ -38,43 +34,29 @@ TEST(DeviceContext, CarriesItsCreatorsResolution)
         EXPECT_EQ(GetLastError(), 0u);
     }
     EXPECT_TRUE(gReports.empty());
+    SetLastError(7);
+    EXPECT_EQ(GetDeviceCaps(nullptr, LOGPIXELSX), 0);
+    EXPECT_EQ(GetLastError(), 7u);
+    EXPECT_EQ(GetDeviceCaps(rows[0].hdc, 8), 0);
+    EXPECT_EQ(GetLastError(), 0u);
+    const decltype(gReports) expected = {{"NULL HDC passed to GetDeviceCaps", 0},
+                                         {"Invalid index passed to GetDeviceCaps", 0}};
+    EXPECT_EQ(gReports, expected);
+    SetHeadlessErrorProc(nullptr);
+    EXPECT_EQ(GetDeviceCaps(nullptr, LOGPIXELSX), 0);
+    for (const COLORREF before : {0u, 0xFF123456u, 0x00FFFFFFu}) {
+        SetLastError(7);
+        EXPECT_EQ(GetTextColor(rows[0].hdc), before);
+        EXPECT_EQ(GetLastError(), 0u);
+        SetLastError(7);
+        EXPECT_EQ(SetTextColor(rows[0].hdc, before ? 0x00FFFFFFu : 0xFF123456u), before);
+        EXPECT_EQ(GetLastError(), 0u);
+    }
     ReleaseDC(nullptr, rows[0].hdc);
     ReleaseDC(nullptr, nullptr);
     for (const auto &row : {rows[1], rows[2], rows[3]})
         EXPECT_EQ(DeleteDC(row.hdc), TRUE);
     EXPECT_EQ(DeleteDC(nullptr), TRUE);
-}
-
-TEST(DeviceContext, ReportsWrongQuestions)
-{
-    StartedLibrary library;
-    const HDC hdc = GetDC(nullptr);
-    EXPECT_EQ(GetDeviceCaps(nullptr, LOGPIXELSX), 0); // in silence: no hook yet
-    SetHeadlessErrorProc(RecordReport);
-    SetLastError(7);
-    EXPECT_EQ(GetDeviceCaps(nullptr, LOGPIXELSX), 0);
-    EXPECT_EQ(GetLastError(), 7u);
-    EXPECT_EQ(GetDeviceCaps(hdc, 8), 0);
-    EXPECT_EQ(GetLastError(), 0u);
-    const decltype(gReports) expected = {{"NULL HDC passed to GetDeviceCaps", 0},
-                                         {"Invalid index passed to GetDeviceCaps", 0}};
-    EXPECT_EQ(gReports, expected);
-    DeleteDC(hdc);
-}
-
-TEST(DeviceContext, KeepsATextColour)
-{
-    StartedLibrary library;
-    const HDC hdc = CreateDC(nullptr, nullptr, nullptr, nullptr);
-    for (const COLORREF before : {0u, 0xFF123456u, 0x00FFFFFFu}) {
-        SetLastError(7);
-        EXPECT_EQ(GetTextColor(hdc), before);
-        EXPECT_EQ(GetLastError(), 0u);
-        SetLastError(7);
-        EXPECT_EQ(SetTextColor(hdc, before ? 0x00FFFFFFu : 0xFF123456u), before);
-        EXPECT_EQ(GetLastError(), 0u);
-    }
-    DeleteDC(hdc);
 }
 
 TEST(SystemMetrics, AreFixedButForASetOfGlobals)
