@@ -132,22 +132,6 @@ TEST(Damage, TextsEndWithTheirFields)
     EXPECT_EQ(PrinterNameOf(record.get()), std::string(127, 'n'));
 }
 
-TEST(GlobalMemory, HoldsCopies)
-{
-    const TestRecord record(kOptions, 530);
-    SetLastError(77);
-    EXPECT_EQ(GetCopyOfDevmodeFromPPD(nullptr), nullptr);
-    EXPECT_EQ(GetLastError(), 77u);
-    HGLOBAL block = MakeDevModeHan(record.get());
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(std::string(static_cast<char *>(block), GlobalSize(block)), record.bytes());
-    GlobalFree(block);
-    block = MakePrinterNameHan("laser/draft");
-    EXPECT_EQ(GlobalSize(block), 12u);
-    EXPECT_STREQ(static_cast<char *>(block), "laser/draft");
-    GlobalFree(block);
-}
-
 TEST(Merge, PassesTheHeadFieldByField)
 {
     const uint16_t papers[] = {1, 9, 0};

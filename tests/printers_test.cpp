@@ -85,6 +85,12 @@ TEST(NoScheduler, HasNoPrintersAndAnswersForAny)
     EXPECT_STREQ(settings->dmManufacturer, "Unknown");
     EXPECT_EQ(settings->dmDriverExtra, 0);
     EXPECT_EQ(settings->dmFields, 39711u);
+    const std::string endless(200, 'n');
+    const Settings cut(endless.c_str());
+    EXPECT_EQ(cut->dmDeviceName, endless.substr(0, 127));
+    SetLastError(77);
+    EXPECT_EQ(GetCopyOfDevmodeFromPPD(nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), 77u);
 }
 
 TEST(NoScheduler, GivesTheCommonPapers)
