@@ -174,21 +174,6 @@ void CheckBoth(const Wide &text)
     CheckWide<wexelxi::NativeBlocks>(text);
 }
 
-TEST(Unicode, TablesAreWindows1252)
-{
-    for (int b = 0; b < 256; b++)
-        EXPECT_EQ(wexelxi::gCodePageToUnicode[static_cast<size_t>(b)],
-                  TwinCodePoint(static_cast<uint8_t>(b)));
-    const Wide points = TwinDecode(kHighPoints);
-    ASSERT_EQ(points.size(), static_cast<size_t>(wexelxi::gHighCodeCount));
-    for (size_t i = 0; i < points.size(); i++) {
-        EXPECT_EQ(wexelxi::gHighCodePoints[i], points[i]);
-        EXPECT_EQ(wexelxi::gHighCodeBytes[i], kHighBytes[i]);
-    }
-    for (size_t i = 0; i < 256; i++)
-        EXPECT_EQ(wexelxi::gLowCodeBytes[i], i >= 0x80 && i < 0xA0 ? 0xBF : i);
-}
-
 TEST(Unicode, ExportedForms)
 {
     const struct {
@@ -214,10 +199,6 @@ TEST(Unicode, ExportedForms)
         char *copy = ConvertUtf8ToISO8859(row.utf8.c_str());
         EXPECT_STREQ(copy, row.codePage.c_str());
         free(copy);
-        char inPlace[16];
-        strcpy(inPlace, row.utf8.c_str());
-        EXPECT_EQ(ConvertUtf8ToISO8859WithDest(inPlace, inPlace), row.codePage.size());
-        EXPECT_STREQ(inPlace, row.codePage.c_str());
     }
     char *utf8 = ConvertISO8859ToUtf8("\x80\x81\xE9z");
     EXPECT_STREQ(utf8, "\xE2\x82\xAC\xC2\xBF\xC3\xA9z");
@@ -247,6 +228,7 @@ TEST(Unicode, NullSources)
 
 TEST(Unicode, EveryLeadByteCutAtEveryByte)
 {
+    CheckBoth(std::string(kHighPoints)); // all that the code page has beyond 255
     for (int lead = 1; lead < 256; lead++) {
         for (const char *rest : {"", "\x80", "\xBF\x81", "\xBF\xBF\xBF", "abcd", "\xC3\x01\xFF"}) {
             for (size_t length = 0; length <= strlen(rest); length++) {
