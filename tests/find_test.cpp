@@ -97,21 +97,12 @@ TEST(Find, FindsByPatternAndByPlainName)
     struct Row {
         const char *pattern, *exact, *folded;
     };
-    const Row rows[] = {{"*", all, all},
-                        {"*.*", all, all},
-                        {"?.TXT", "", "a.txt b.txt "},
-                        {"README", "README ", "README "},
-                        {"readme", "", "README "},
-                        {".a", "", ""},
-                        {".ab", ".ab ", ".ab "},
-                        {"x*y", "x*y ", "x*y "},
-                        {"\xE9\xFF", "\xE9\xFF ", "\xE9\xFF "},
-                        {"link", "link ", "link "},
-                        {"a.txt/", "", ""},
-                        {"a.txt/b", "", ""},
-                        {"s*/x", "", ""},
-                        {"sub", ". .. ", ". .. "},
-                        {"sub/", ". .. ", ". .. "}};
+    const Row rows[] = {
+        {"*", all, all},    {"?.TXT", "", "a.txt b.txt "}, {"README", "README ", "README "},
+        {"*.*", all, all},  {"readme", "", "README "},     {".ab", ".ab ", ".ab "},
+        {".a", "", ""},     {"x*y", "x*y ", "x*y "},       {"link", "link ", "link "},
+        {"a.txt/", "", ""}, {"a.txt/b", "", ""},           {"\xE9\xFF", "\xE9\xFF ", "\xE9\xFF "},
+        {"s*/x", "", ""},   {"sub", ". .. ", ". .. "},     {"sub/", ". .. ", ". .. "}};
     const size_t descriptors = OpenDescriptors();
     for (const Row &row : rows) {
         gFileMode = 0;

@@ -178,10 +178,9 @@ TEST(Temporary, FindsTheFolderWithASlashWhereThereIsRoom)
         uint32_t size, result;
         const char *text;
     };
-    const Row rows[] = {{"/var/tmp", nullptr, 64, 9, "/var/tmp/"},
-                        {"/var/tmp", "x", 10, 9, "/var/tmp/"},
+    const Row rows[] = {{"/var/tmp", "x", 10, 9, "/var/tmp/"},
                         {"/var/tmp", "x", 9, 8, "/var/tmp"},
-                        {"/var/tmp", "x", 8, 9, "*"},
+                        {"/var/tmp", nullptr, 8, 9, "*"},
                         {"/var/tmp", "x", 0, 9, "*"},
                         {"", "t/", 64, 2, "t/"},
                         {nullptr, nullptr, 64, 5, "/usr/"}};

@@ -98,21 +98,19 @@ TEST_F(Preferences, LoadsAndCorrects)
 TEST_F(Preferences, SwitchAndTimerRate)
 {
     const struct {
-        const char *inFile;
-        uint8_t noFree;
-        const char *noFreeAfter, *rateInFile;
-        int32_t rate;
-        const char *rateAfter;
-    } rows[] = {{"1", 1, "1", "1000", 1000, "1000"},
-                {"256", 0, "256", "1", 1, "1"},
-                {"3", 0, "0", "4294967297", 1, "1"},
-                {"", 0, "", "0", 1, "1"}};
+        const char *noFreeBefore, *rateBefore;
+        int noFree, rate;
+        const char *noFreeAfter, *rateAfter;
+    } rows[] = {{"1", "1000", 1, 1000, "1", "1000"},
+                {"256", "1", 0, 1, "256", "1"},
+                {"3", "4294967297", 0, 1, "0", "1"},
+                {"", "0", 0, 1, "", "1"}};
     for (const auto &row : rows) {
-        Start(std::string("[Setup]\r\nVersion=4\r\nNoFreeLib=") + row.inFile +
-              "\r\nTimerRate=" + row.rateInFile + "\r\n");
-        EXPECT_EQ(gNoFreeLibrary, row.noFree) << row.inFile;
+        Start(std::string("[Setup]\r\nVersion=4\r\nNoFreeLib=") + row.noFreeBefore +
+              "\r\nTimerRate=" + row.rateBefore + "\r\n");
+        EXPECT_EQ(gNoFreeLibrary, row.noFree) << row.noFreeBefore;
+        EXPECT_EQ(gTimerRate, row.rate) << row.rateBefore;
         EXPECT_EQ(Value("Setup", "NoFreeLib"), row.noFreeAfter);
-        EXPECT_EQ(gTimerRate, row.rate) << row.rateInFile;
         EXPECT_EQ(Value("Setup", "TimerRate"), row.rateAfter);
         FreeLib();
     }

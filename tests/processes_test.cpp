@@ -12,6 +12,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 
 #include "modules/processor_text.h"
@@ -230,10 +231,9 @@ TEST(ProcessorText, IsReadLineByLine)
                 {std::string(4094, 'x') + "cpu family: 6\n", 0, 0, 0, true}};
     for (const auto &[text, type, level, stepping, hasEntries] : rows) {
         const ProcessorFacts facts = ScanProcessorText(text);
-        EXPECT_EQ(facts.type, type) << text;
-        EXPECT_EQ(facts.level, level) << text;
-        EXPECT_EQ(facts.stepping, stepping) << text;
-        EXPECT_EQ(facts.hasEntries, hasEntries) << text;
+        EXPECT_EQ(std::tuple(facts.type, facts.level, facts.stepping, facts.hasEntries),
+                  std::tuple(type, level, stepping, hasEntries))
+            << text;
     }
 }
 
