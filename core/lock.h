@@ -66,4 +66,25 @@ public:
     LockScope &operator=(const LockScope &) = delete;
 };
 
+// The same for a function that calls nothing of the host's and no other export: nobody can look at
+// the count meanwhile, so it need not move, and the mutex alone is taken on the way from 0.
+class [[nodiscard]] LeafLockScope {
+public:
+    LeafLockScope() : isOutermost_(GlobalLockIsActive() && LockCount() == 0)
+    {
+        if (isOutermost_)
+            AcquireGlobalMutex();
+    }
+    ~LeafLockScope() noexcept(false)
+    {
+        if (isOutermost_ && GlobalLockIsActive())
+            ReleaseGlobalMutex();
+    }
+    LeafLockScope(const LeafLockScope &) = delete;
+    LeafLockScope &operator=(const LeafLockScope &) = delete;
+
+private:
+    const bool isOutermost_;
+};
+
 } // namespace wexelxi

@@ -19,7 +19,7 @@ static uint32_t FoldAscii(char c)
 
 char *itoa(int32_t value, char *buffer, int32_t radix)
 {
-    LockScope lock;
+    LeafLockScope lock;
     char *digits = buffer;
     auto rest = static_cast<uint32_t>(value);
     if (value < 0 && radix == 10) {
@@ -53,21 +53,21 @@ static void CopyText(char *dst, const char *src)
 
 char *lstrcat(char *dst, const char *src)
 {
-    LockScope lock;
+    LeafLockScope lock;
     CopyText(dst + strlen(dst), src);
     return dst;
 }
 
 char *lstrcpy(char *dst, const char *src)
 {
-    LockScope lock;
+    LeafLockScope lock;
     CopyText(dst, src);
     return dst;
 }
 
 char *lstrcpyn(char *dst, const char *src, int32_t count)
 {
-    LockScope lock;
+    LeafLockScope lock;
     if (count > 0) {
         const size_t length = strnlen(src, static_cast<size_t>(count) - 1);
         memmove(dst, src, length);
@@ -83,7 +83,7 @@ int32_t lstrcmpi(const char *first, const char *second)
 
 int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
 {
-    LockScope lock;
+    LeafLockScope lock;
     // A count of 0 wraps to no limit.
     for (uint32_t last = count - 1, i = 0;; i++) {
         const uint32_t a = FoldAscii(first[i]);
@@ -95,14 +95,14 @@ int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
 
 int32_t lstrcmp(const char *first, const char *second)
 {
-    LockScope lock;
+    LeafLockScope lock;
     const int order = strcmp(first, second);
     return order < 0 ? 1 : order > 0 ? -1 : 0;
 }
 
 uint32_t lstrlen(const char *string)
 {
-    LockScope lock;
+    LeafLockScope lock;
     return static_cast<uint32_t>(strlen(string));
 }
 
@@ -114,7 +114,7 @@ static void Map(char *buffer, size_t count, const uint8_t (&table)[256])
 
 LPSTR AnsiUpper(LPSTR value)
 {
-    LockScope lock;
+    LeafLockScope lock;
     const auto number = reinterpret_cast<uintptr_t>(value);
     if (number <= 0xFFFF) {
         const auto upper = static_cast<int8_t>(gUPPERBUFF[number & 0xFF]);
@@ -126,14 +126,14 @@ LPSTR AnsiUpper(LPSTR value)
 
 uint32_t AnsiUpperBuff(char *buffer, uint32_t count)
 {
-    LockScope lock;
+    LeafLockScope lock;
     Map(buffer, count, gUPPERBUFF);
     return count;
 }
 
 uint32_t AnsiLowerBuff(char *buffer, uint32_t count)
 {
-    LockScope lock;
+    LeafLockScope lock;
     Map(buffer, count, gLOWERBUFF);
     return count;
 }
@@ -146,14 +146,14 @@ BOOL IsCharAlpha(uint32_t character)
 
 BOOL OemToAnsi(const char *src, char *dst)
 {
-    LockScope lock;
+    LeafLockScope lock;
     memmove(dst, src, strlen(src));
     return TRUE;
 }
 
 BOOL OemToAnsiBuff(const char *src, char *dst, uint32_t count)
 {
-    LockScope lock;
+    LeafLockScope lock;
     memmove(dst, src, strnlen(src, count));
     return TRUE;
 }
