@@ -1,6 +1,7 @@
 // Searches: one open directory and one pattern behind each handle. A plain name is not looked for
 // among all entries: the open directory is asked for it once.
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -21,8 +22,19 @@ int32_t gFINDFILE = 0;
 
 namespace {
 
-// FILfindData::progress
-enum Progress : uint32_t { FRESH = 0, SCANNING = 1, ANSWERED = 2 };
+enum class Progress : uint32_t { Fresh, Scanning, Answered };
+
+// The block that FILfindData::dir points to.
+struct FindDir {
+    DIR *directory;
+    Progress progress;
+};
+static_assert(offsetof(FindDir, directory) == 0);
+
+FindDir *DirOf(const FILfindData *find)
+{
+    return reinterpret_cast<FindDir *>(find->dir);
+}
 
 // An entry that a search has come to, with its status where finding it told that too.
 struct Entry {
@@ -36,7 +48,7 @@ void CloseFindDir(FILfindData *find)
     LockScope lock;
     if (!find->dir)
         return;
-    closedir(static_cast<DIR *>(*find->dir));
+    closedir(DirOf(find)->directory);
     GlobalFree(find->dir);
     find->dir = nullptr;
 }
@@ -48,10 +60,10 @@ bool OpenFindDir(FILfindData *find)
     Directory directory(opendir(find->path));
     if (!directory)
         return false;
-    find->dir = static_cast<void **>(GlobalAlloc(0, sizeof(void *)));
+    find->dir = static_cast<void **>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(FindDir)));
     if (!find->dir)
         return false;
-    *find->dir = directory.release();
+    DirOf(find)->directory = directory.release();
     return true;
 }
 
@@ -95,17 +107,17 @@ bool LookUpPlainName(DIR *directory, const char *name, Entry &entry)
 Entry NextEntry(FILfindData *find)
 {
     Entry entry;
-    auto *directory = static_cast<DIR *>(*find->dir);
-    if (find->progress == FRESH) {
-        find->progress = SCANNING;
+    FindDir &dir = *DirOf(find);
+    if (dir.progress == Progress::Fresh) {
+        dir.progress = Progress::Scanning;
         if (find->filter && gFileMode == 0 && IsPlainName(find->filter) &&
-            LookUpPlainName(directory, find->filter, entry))
-            find->progress = ANSWERED;
-    } else if (find->progress == ANSWERED) {
+            LookUpPlainName(dir.directory, find->filter, entry))
+            dir.progress = Progress::Answered;
+    } else if (dir.progress == Progress::Answered) {
         return entry;
     }
-    while (find->progress == SCANNING && !entry.name) {
-        const dirent *next = readdir(directory);
+    while (dir.progress == Progress::Scanning && !entry.name) {
+        const dirent *next = readdir(dir.directory);
         if (!next)
             break;
         if (Accepts(find->filter, next->d_name))

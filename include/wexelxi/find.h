@@ -43,17 +43,15 @@ WEXELXI_FIELD(WIN32_FIND_DATA, cAlternateFileName, 4140);
 
 /** What a search handle points to; a guarded block of the library's. */
 typedef struct FILfindData {
-    char *path;        /**< the directory to list. */
-    void **dir;        /**< a guarded block that holds its DIR pointer; null while not open. */
-    char *filter;      /**< the pattern; null for a listing of path itself. */
-    uint32_t progress; /**< the library's own. */
+    char *path;   /**< the directory to list. */
+    void **dir;   /**< a guarded block that starts with its DIR pointer; null while not open. */
+    char *filter; /**< the pattern; null for a listing of path itself. */
 } FILfindData;
 
-WEXELXI_LAYOUT(sizeof(FILfindData) == 32);
+WEXELXI_LAYOUT(sizeof(FILfindData) == 24);
 WEXELXI_FIELD(FILfindData, path, 0);
 WEXELXI_FIELD(FILfindData, dir, 8);
 WEXELXI_FIELD(FILfindData, filter, 16);
-WEXELXI_FIELD(FILfindData, progress, 24);
 
 /** Starts a search and tells its first entry. A name that can be opened as a directory lists it:
  * the names are its entries, "." and ".." among them, while attributes, times and size are all
