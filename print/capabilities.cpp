@@ -152,7 +152,7 @@ void UpdatePPD(const char *name, const char *instance, const DEVMODE *record)
     if (FindOrCreatePrinterPPD(name, instance, &entry) != 0)
         return;
     DEVMODE *current = entry->currentDevMode;
-    if (RecordBytes(record) == RecordBytes(current)) {
+    if (record->dmSize == current->dmSize && record->dmDriverExtra == current->dmDriverExtra) {
         memmove(current, record, RecordBytes(record));
         return;
     }
