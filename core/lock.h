@@ -6,6 +6,7 @@
 // of the slot each way, so functions that hold the lock call others that take it freely.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <pthread.h>
 
@@ -35,6 +36,12 @@ inline void StoreLockCount(uint32_t count)
 {
     pthread_setspecific(gCriticalSectionTLS,
                         reinterpret_cast<void *>(static_cast<uintptr_t>(count)));
+}
+
+// The first line of a function whose caller holds the lock; nothing in a release.
+inline void AssertLockHeld()
+{
+    assert(!GlobalLockIsActive() || LockCount() > 0);
 }
 
 inline void EnterGlobalLock()

@@ -7,8 +7,8 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/owners.h"
 #include "files/handle.h"
-#include "files/owners.h"
 #include "files/port_io.h"
 #include "wexelxi/comm.h"
 #include "wexelxi/files.h"

@@ -10,8 +10,8 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/owners.h"
 #include "files/attributes.h"
-#include "files/owners.h"
 #include "files/wildcard.h"
 #include "wexelxi/find.h"
 #include "wexelxi/memory.h"

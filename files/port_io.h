@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "files/owners.h"
+#include "core/owners.h"
 #include "wexelxi/comm.h"
 
 namespace wexelxi {

@@ -6,16 +6,9 @@
 #include <pango/pangofc-fontmap.h>
 #include <pango/pangoft2.h>
 
-namespace wexelxi {
+#include "core/owners.h"
 
-template <auto Release>
-struct ReleaseWith {
-    template <typename T>
-    void operator()(T *object) const
-    {
-        Release(object);
-    }
-};
+namespace wexelxi {
 
 using ConfigPtr = std::unique_ptr<FcConfig, ReleaseWith<FcConfigDestroy>>;
 using PatternPtr = std::unique_ptr<FcPattern, ReleaseWith<FcPatternDestroy>>;

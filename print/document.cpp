@@ -5,6 +5,7 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/owners.h"
 #include "print/devmode.h"
 #include "print/global_block.h"
 #include "wexelxi/documents.h"
@@ -43,7 +44,7 @@ int32_t DocumentProperties(HWND, HPRINTER, const char *name, DEVMODE *out, const
     if (((mode & DM_MODIFY) && !in) || ((mode & DM_COPY) && !out))
         return FailWith(ERROR_INVALID_PARAMETER, -1);
 
-    const GlobalBlock scratch(MakeDevModeHan(current));
+    const GlobalBlock<void> scratch(MakeDevModeHan(current));
     if (!scratch)
         return -1;
     if (mode & DM_MODIFY)

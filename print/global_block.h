@@ -1,16 +1,9 @@
-// Global memory: an owner, and a guard around GlobalLock.
+// A guard around GlobalLock.
 #pragma once
-
-#include <memory>
 
 #include "wexelxi/memory.h"
 
 namespace wexelxi {
-
-struct FreeGlobalBlock {
-    void operator()(void *block) const { GlobalFree(block); }
-};
-using GlobalBlock = std::unique_ptr<void, FreeGlobalBlock>;
 
 // The data of a handle for a scope; null for a null handle.
 template <typename T>

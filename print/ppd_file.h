@@ -2,17 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 
+#include "core/owners.h"
 #include "print/ppd.h"
 
 namespace wexelxi {
-
-struct CloseStream {
-    void operator()(FILE *stream) const { fclose(stream); }
-};
-using Stream = std::unique_ptr<FILE, CloseStream>;
 
 struct ClosePPD {
     void operator()(ppd_file_t *ppd) const { ppdClose(ppd); }

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "core/lock.h"
+#include "core/owners.h"
 #include "print/devmode.h"
 #include "print/document.h"
 #include "print/global_block.h"
@@ -18,14 +19,14 @@ using PrinterList = std::unique_ptr<char, FreePrinterList>;
 
 // A printer and its settings; either null for failure.
 struct Choice {
-    GlobalBlock name;
-    GlobalBlock record;
+    GlobalBlock<void> name;
+    GlobalBlock<void> record;
 };
 
 Choice ChooseRecord(const DEVMODE *record)
 {
-    return {GlobalBlock(MakePrinterNameHan(PrinterNameOf(record).c_str())),
-            GlobalBlock(MakeDevModeHan(record))};
+    return {GlobalBlock<void>(MakePrinterNameHan(PrinterNameOf(record).c_str())),
+            GlobalBlock<void>(MakeDevModeHan(record))};
 }
 
 // The printer's current settings, with those of another record, if there is one, as far as the
@@ -35,8 +36,8 @@ Choice ChoosePrinter(const char *name, const DEVMODE *other)
     HPRINTERPPD printer = nullptr;
     if (OpenPrinterPPD(name, &printer) != 0)
         return {};
-    Choice choice{GlobalBlock(MakePrinterNameHan(name)),
-                  GlobalBlock(GetCopyOfDevmodeFromPPD(printer))};
+    Choice choice{GlobalBlock<void>(MakePrinterNameHan(name)),
+                  GlobalBlock<void>(GetCopyOfDevmodeFromPPD(printer))};
     if (choice.record && other)
         MergeDevModeSettings(other, static_cast<DEVMODE *>(choice.record.get()));
     return choice;
