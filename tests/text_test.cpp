@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
@@ -139,27 +140,29 @@ TEST(Strings, OemPairStoresNoTerminator)
 TEST(Environment, ReadsSetsAndRemoves)
 {
     StartedLibrary library;
-    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", "value"), 1);
-    char text[16] = "";
-    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 6), 5u);
-    EXPECT_STREQ(text, "value");
-    strcpy(text, "kept");
-    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 5), 6u);
-    EXPECT_STREQ(text, "kept");
-    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", nullptr, 0), 6u);
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", ""), 1);
-    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 5), 0u);
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", nullptr), 1);
-    EXPECT_EQ(SetEnvironmentVariable("WX_TEST", nullptr), 1);
-    EXPECT_EQ(GetEnvironmentVariable("WX_TEST", text, 5), 0u);
-    EXPECT_EQ(GetLastError(), ERROR_ENVVAR_NOT_FOUND);
-    EXPECT_EQ(GetEnvironmentVariable(nullptr, text, 5), 0u);
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(SetEnvironmentVariable("BAD=NAME", "x"), 0);
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(SetEnvironmentVariable(nullptr, "x"), 0);
+    const struct {
+        const char *name, *value; // set first
+        bool set;
+        uint32_t size, result, error;
+        const char *text; // of a buffer that held "kept"
+    } rows[] = {
+        {"WX_TEST", "value", true, 6, 5, ERROR_SUCCESS, "value"},
+        {"WX_TEST", "value", true, 5, 6, ERROR_SUCCESS, "kept"},
+        {"WX_TEST", "value", true, 0, 6, ERROR_SUCCESS, "kept"},
+        {"WX_TEST", "", true, 1, 0, ERROR_SUCCESS, ""},
+        {"WX_TEST", nullptr, true, 5, 0, ERROR_ENVVAR_NOT_FOUND, "kept"},
+        {"WX_TEST", nullptr, true, 5, 0, ERROR_ENVVAR_NOT_FOUND, "kept"},
+        {"BAD=NAME", "value", false, 5, 0, ERROR_ENVVAR_NOT_FOUND, "kept"},
+        {nullptr, "value", false, 5, 0, ERROR_SUCCESS, "kept"},
+    };
+    for (const auto &row : rows) {
+        EXPECT_OUTCOME(SetEnvironmentVariable(row.name, row.value), row.set, ERROR_SUCCESS);
+        char text[8] = "kept";
+        EXPECT_OUTCOME(GetEnvironmentVariable(row.name, text, row.size), row.result, row.error);
+        EXPECT_STREQ(text, row.text) << row.size;
+        if (row.size == 6)
+            EXPECT_OUTCOME(GetEnvironmentVariable(row.name, nullptr, 6), 6, ERROR_SUCCESS);
+    }
 }
 
 } // namespace
