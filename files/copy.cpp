@@ -1,9 +1,7 @@
 // CopyFile. The kernel copies what it can; whatever it leaves, from nothing to all, goes through a
 // buffer, which so meets every end and every error.
 #include <cstdio>
-#include <memory>
 #include <sys/stat.h>
-#include <type_traits>
 
 #include "core/last_error.h"
 #include "core/lock.h"
@@ -15,25 +13,9 @@ using namespace wexelxi;
 
 namespace {
 
-struct HandleCloser {
-    void operator()(HANDLE handle) const
-    {
-        // A close that fails keeps the record for a second one.
-        if (!CloseHandle(handle))
-            CloseHandle(handle);
-    }
-};
-using OwnedHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>;
-
-OwnedHandle Open(const char *name, uint32_t access, uint32_t disposition)
-{
-    HANDLE handle = CreateFile(name, access, 0, nullptr, disposition, 0, nullptr);
-    return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
-}
-
 bool OpensAsExisting(const char *name)
 {
-    const OwnedHandle handle = Open(name, GENERIC_READ, OPEN_EXISTING);
+    const OwnedHandle handle = OpenOwned(name, GENERIC_READ, OPEN_EXISTING);
     return handle && GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
@@ -70,12 +52,12 @@ uint32_t CopyBytes(HANDLE from, HANDLE to)
 
 uint32_t CopyContents(const char *source, const char *target)
 {
-    const OwnedHandle from = Open(source, GENERIC_READ, OPEN_EXISTING);
+    const OwnedHandle from = OpenOwned(source, GENERIC_READ, OPEN_EXISTING);
     if (!from)
         return GetLastError();
     if (IsSameFile(from.get(), target))
         return ERROR_SHARING_VIOLATION;
-    const OwnedHandle to = Open(target, GENERIC_WRITE, CREATE_ALWAYS);
+    const OwnedHandle to = OpenOwned(target, GENERIC_WRITE, CREATE_ALWAYS);
     if (!to)
         return GetLastError();
     return CopyBytes(from.get(), to.get());
@@ -90,7 +72,7 @@ BOOL CopyFile(const char *source, const char *target, BOOL failIfExists)
     if (OpensAsExisting(target) && failIfExists)
         return Fail(ERROR_FILE_EXISTS);
     const uint32_t attributes = GetFileAttributes(source);
-    // Both handles are closed, which clears the last error, before the outcome is stored.
+    // Both handles are closed, which stores a last error, before the outcome is stored.
     if (const uint32_t error = CopyContents(source, target))
         return Fail(error);
     SetFileAttributes(target, attributes);

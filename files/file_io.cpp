@@ -1,13 +1,11 @@
 // Opening, reading, writing and measuring through file handles. The stream keeps the position and
 // the buffer; the record adds only the port type, which decides the road.
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "core/last_error.h"
 #include "core/lock.h"
-#include "core/owners.h"
 #include "files/handle.h"
 #include "files/port_io.h"
 #include "wexelxi/comm.h"
@@ -20,13 +18,12 @@ namespace {
 
 HANDLE NewFileHandle(Stream stream, uint32_t portType)
 {
-    auto *record = static_cast<HandleRecord *>(calloc(1, sizeof(HandleRecord)));
+    NewHandle record = MakeHandle(HANDLE_FILE);
     if (!record)
         return FailWith(ERROR_GEN_FAILURE, INVALID_HANDLE_VALUE);
-    record->kind = HANDLE_FILE;
     record->stream = stream.release();
     record->portType = portType;
-    return record;
+    return record.release();
 }
 
 // A command that the host starts gets none of these: "e".

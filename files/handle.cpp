@@ -1,4 +1,4 @@
-// What every user of a handle asks first, and the end of handles of all kinds.
+// How handles of all kinds are made and end, and what every user of one asks first.
 #include "files/handle.h"
 
 #include <cstdlib>
@@ -11,13 +11,65 @@
 using namespace wexelxi;
 
 namespace wexelxi {
+namespace {
 
-static HandleRecord *HandleToFile(HANDLE handle)
+HandleRecord *HandleToFile(HANDLE handle)
 {
     HandleRecord *record = HandleToRecord(handle);
     if (!record || record->kind != HANDLE_FILE || !record->stream)
         return FailWith<HandleRecord *>(ERROR_GEN_FAILURE, nullptr);
     return record;
+}
+
+// A stream is gone whether or not its close went well: the record then waits, empty, for the call
+// that frees it.
+bool CloseStream(HandleRecord *record)
+{
+    FILE *stream = record->stream;
+    if (!stream)
+        return true;
+    if (IsLineDevice(record->portType))
+        DrainLineDevice(stream);
+    record->stream = nullptr;
+    return fclose(stream) == 0;
+}
+
+bool EndHandle(HandleRecord *record)
+{
+    switch (record->kind) {
+    case HANDLE_SEMAPHORE:
+        return sem_destroy(&record->sem) == 0;
+    case HANDLE_THREAD:
+        return true;
+    case HANDLE_FILE:
+        return CloseStream(record);
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+NewHandle MakeHandle(HandleKind kind)
+{
+    NewHandle record(static_cast<HandleRecord *>(calloc(1, sizeof(HandleRecord))));
+    if (record)
+        record->kind = kind;
+    return record;
+}
+
+void CloseForGood(HANDLE handle)
+{
+    if (CloseHandle(handle))
+        return;
+    CloseHandle(handle);
+    SetLastError(ERROR_GEN_FAILURE);
+}
+
+OwnedHandle OpenOwned(const char *name, uint32_t access, uint32_t disposition)
+{
+    const HANDLE handle = CreateFile(name, access, 0, nullptr, disposition, 0, nullptr);
+    return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
 FILE *HandleToStream(HANDLE handle)
@@ -30,33 +82,6 @@ uint32_t GetHandlePortType(HANDLE handle)
 {
     const HandleRecord *record = HandleToFile(handle);
     return record ? record->portType : 0;
-}
-
-// A stream is gone whether or not its close went well: the record then waits, empty, for the call
-// that frees it.
-static bool CloseStream(HandleRecord *record)
-{
-    FILE *stream = record->stream;
-    if (!stream)
-        return true;
-    if (IsLineDevice(record->portType))
-        DrainLineDevice(stream);
-    record->stream = nullptr;
-    return fclose(stream) == 0;
-}
-
-static bool EndHandle(HandleRecord *record)
-{
-    switch (record->kind) {
-    case HANDLE_SEMAPHORE:
-        return sem_destroy(&record->sem) == 0;
-    case HANDLE_THREAD:
-        return true;
-    case HANDLE_FILE:
-        return CloseStream(record);
-    default:
-        return false;
-    }
 }
 
 } // namespace wexelxi

@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <semaphore.h>
 
+#include "core/owners.h"
 #include "wexelxi/types.h"
 
 namespace wexelxi {
@@ -28,6 +29,22 @@ struct HandleRecord {
     uint32_t portType; // HANDLE_FILE: 0 for an ordinary file, else what GetPortName told
     uint32_t detached; // HANDLE_THREAD: not 0 if nobody may join the thread
 };
+
+// A record that no host has yet.
+using NewHandle = MallocBlock<HandleRecord>;
+
+// A zeroed record of a kind; null if there is no memory.
+NewHandle MakeHandle(HandleKind kind);
+
+// Closes a file's handle for good: a close that fails keeps the record for a second one. Leaves the
+// last error of the first.
+void CloseForGood(HANDLE handle);
+
+// A file's handle that the library itself works on.
+using OwnedHandle = std::unique_ptr<void, ReleaseWith<CloseForGood>>;
+
+// What CreateFile gives, with its last error; null if the file does not open.
+OwnedHandle OpenOwned(const char *name, uint32_t access, uint32_t disposition);
 
 // The record of a handle of any kind; null for the two values that are never valid.
 inline HandleRecord *HandleToRecord(HANDLE handle)

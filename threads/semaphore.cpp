@@ -1,10 +1,7 @@
 // Semaphores of the process: the platform's own, by value in the handle's record.
-#include <cstdlib>
-#include <memory>
-
 #include "core/last_error.h"
 #include "core/lock.h"
-#include "threads/new_record.h"
+#include "files/handle.h"
 #include "wexelxi/threads.h"
 
 using namespace wexelxi;
@@ -14,7 +11,7 @@ HANDLE CreateSemaphore(LPVOID attributes, int32_t initialCount, int32_t, const c
     LockScope lock;
     if (attributes || name)
         return FailWith<HANDLE>(ERROR_GEN_FAILURE, nullptr);
-    NewRecord record = MakeRecord(HANDLE_SEMAPHORE);
+    NewHandle record = MakeHandle(HANDLE_SEMAPHORE);
     // A negative count is above the platform's limit, and refused by it.
     if (!record || sem_init(&record->sem, 0, static_cast<unsigned>(initialCount)) != 0)
         return FailWith<HANDLE>(ERROR_GEN_FAILURE, nullptr);

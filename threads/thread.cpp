@@ -5,7 +5,7 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
-#include "threads/new_record.h"
+#include "files/handle.h"
 #include "wexelxi/threads.h"
 
 using namespace wexelxi;
@@ -16,7 +16,7 @@ HANDLE CreateThread(LPVOID attributes, uint32_t stackSize, THREAD_START_ROUTINE 
     LockScope lock;
     if (attributes || stackSize != 0)
         return FailWith<HANDLE>(ERROR_GEN_FAILURE, nullptr);
-    NewRecord record = MakeRecord(HANDLE_THREAD);
+    NewHandle record = MakeHandle(HANDLE_THREAD);
     if (!record || pthread_create(&record->thread, nullptr, routine, argument) != 0)
         return FailWith<HANDLE>(ERROR_GEN_FAILURE, nullptr);
     if (!(flags & CREATE_JOINABLE)) {
