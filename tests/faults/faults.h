@@ -1,0 +1,26 @@
+// Refuses the platform's calls one after the other as the library makes them, and looks at what is
+// left. For programs that link the library's objects, in which the linker puts these calls between.
+#pragma once
+
+#include <ostream>
+
+// What is tried: one call of the library, or a few. It gives back all that it opens and names its
+// files by their own names, for it runs in the scratch folder.
+struct Scenario {
+    const char *name;
+    bool (*succeeds)();        // false with the last error of the export that failed
+    void (*prepare)() = [] {}; // what stands before the calls are refused
+};
+
+inline void PrintTo(const Scenario &scenario, std::ostream *out)
+{
+    *out << scenario.name;
+}
+
+// Runs a scenario with the first, the second, ... call of every family refused, once and from then
+// on, each time in a process of its own, until none is refused any more. Whatever is refused:
+// nothing crashes or hangs, no exception comes out, the lock is free, no descriptor and no search
+// stays open, a refused allocation that fails the call is told as such, the files are as they were
+// or as they should become (those whose names begin with "new" excepted), and the same call then
+// works.
+void ExpectSafe(const Scenario &scenario);
