@@ -1,5 +1,5 @@
 # Each public header compiles alone, as C11 and as C++17; all of them in either order do too; and the
-# export table is exactly the list.
+# export table is exactly the list; and no room calls another but as docs/architecture.md has it.
 file(GLOB public_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/wexelxi/*.h)
 set(all_headers "")
 set(all_reversed "")
@@ -28,6 +28,12 @@ if(NOT WEXELXI_TEST_LABEL)
   add_test(NAME exports
     COMMAND ${CMAKE_COMMAND} -DLIST=${WEXELXI_EXPORTS} -DLIBRARY=$<TARGET_FILE:hwexelxi>
             -DNM=${CMAKE_NM} -P ${CMAKE_CURRENT_SOURCE_DIR}/exports.cmake)
+
+  find_package(Python3 COMPONENTS Interpreter REQUIRED)
+  add_test(NAME room_calls
+    COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/room_calls_test.py ${CMAKE_NM}
+            ${PROJECT_SOURCE_DIR}/docs/architecture.md $<TARGET_OBJECTS:wexelxi_objects>
+    COMMAND_EXPAND_LISTS)
 endif()
 
 # A host without -fPIC, with functions of its own under exported names. The sanitizers' runtimes want
