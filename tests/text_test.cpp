@@ -160,8 +160,9 @@ TEST(Environment, ReadsSetsAndRemoves)
         char text[8] = "kept";
         EXPECT_OUTCOME(GetEnvironmentVariable(row.name, text, row.size), row.result, row.error);
         EXPECT_STREQ(text, row.text) << row.size;
-        if (row.size == 6)
+        if (row.size == 6) {
             EXPECT_OUTCOME(GetEnvironmentVariable(row.name, nullptr, 6), 6, ERROR_SUCCESS);
+        }
     }
 }
 
