@@ -22,4 +22,11 @@ Result OrNoMemory(Result failing, Body &&body)
     }
 }
 
+// The same where there is no failing result.
+template <typename Body>
+void OrNoMemory(Body &&body)
+{
+    OrNoMemory(0, [&] { return std::forward<Body>(body)(), 0; });
+}
+
 } // namespace wexelxi

@@ -4,23 +4,24 @@
 #include <cstring>
 #include <optional>
 
-#include "core/last_error.h"
 #include "core/lock.h"
-#include "print/devmode.h"
+#include "core/no_memory.h"
 #include "print/document.h"
 #include "wexelxi/printers.h"
 
 using namespace wexelxi;
 
+namespace {
+
 template <typename Row>
-static int32_t GiveRows(const Row *rows, int32_t count, void *buffer)
+int32_t GiveRows(const Row *rows, int32_t count, void *buffer)
 {
     if (buffer)
         memcpy(buffer, rows, sizeof(Row) * static_cast<size_t>(count));
     return count;
 }
 
-static int32_t GiveCapability(const PrinterPPDEntry *entry, uint16_t capability, void *buffer)
+int32_t GiveCapability(const PrinterPPDEntry *entry, uint16_t capability, void *buffer)
 {
     switch (capability) {
     case DC_PAPERS:
@@ -40,6 +41,44 @@ static int32_t GiveCapability(const PrinterPPDEntry *entry, uint16_t capability,
     }
 }
 
+int32_t RowOrFirst(int32_t row, int32_t count)
+{
+    return row >= 0 && row < count ? row : 0;
+}
+
+// False for a damaged record whose head ends in front of the fields of paper and bin.
+bool HoldsPaperAndBin(const DEVMODE *record)
+{
+    return RecordView(record).headBytes() >= offsetof(DEVMODE, dmPrintQuality);
+}
+
+// The first row of that code, which is signed while the rows are not: a negative one has no row.
+std::optional<int32_t> FindCode(const uint16_t *codes, int32_t count, int16_t code)
+{
+    const uint16_t *const found = std::find(codes, codes + count, static_cast<int32_t>(code));
+    if (found == codes + count)
+        return std::nullopt;
+    return static_cast<int32_t>(found - codes);
+}
+
+template <size_t width>
+void CopyName(const char (&row)[width], char *name)
+{
+    memcpy(name, row, width);
+    name[width] = '\0';
+}
+
+// The entry of a record's printer. The lock is held for no longer: what an entry says of papers and
+// bins never changes, and stays until TermCUPS.
+const PrinterPPDEntry *EntryOfRecord(const DEVMODE *record)
+{
+    LockScope lock;
+    return OrNoMemory<const PrinterPPDEntry *>(
+        nullptr, [&] { return OpenPrinterEntry(RecordView(record).printerName()); });
+}
+
+} // namespace
+
 int32_t DeviceCapabilities(const char *name, const char *, uint32_t capability, void *buffer,
                            const DEVMODE *)
 {
@@ -48,22 +87,11 @@ int32_t DeviceCapabilities(const char *name, const char *, uint32_t capability, 
         return DM_ALLFIELDS;
     if (number == DC_COPIES)
         return 100;
-    PrinterPPDEntry *entry;
     LockScope lock;
-    if (OpenPrinterPPD(name, &entry) != 0)
-        return -1;
-    return GiveCapability(entry, number, buffer);
-}
-
-static int32_t RowOrFirst(int32_t row, int32_t count)
-{
-    return row >= 0 && row < count ? row : 0;
-}
-
-// False for a damaged record whose head ends in front of the fields of paper and bin.
-static bool HoldsPaperAndBin(const DEVMODE *record)
-{
-    return HeadBytes(record) >= offsetof(DEVMODE, dmPrintQuality);
+    return OrNoMemory(-1, [&] {
+        const PrinterPPDEntry *entry = OpenPrinterEntry(name);
+        return entry ? GiveCapability(entry, number, buffer) : -1;
+    });
 }
 
 void GetPaperFromIndex(HPRINTERPPD printer, int32_t row, DEVMODE *record)
@@ -86,41 +114,21 @@ void GetBinFromIndex(HPRINTERPPD printer, int32_t row, DEVMODE *record)
         static_cast<int16_t>(printer->binCodes[RowOrFirst(row, printer->binCount)]);
 }
 
-// The first row of that code, which is signed while the rows are not: a negative one has no row.
-static std::optional<int32_t> FindCode(const uint16_t *codes, int32_t count, int16_t code)
-{
-    const uint16_t *const found = std::find(codes, codes + count, static_cast<int32_t>(code));
-    if (found == codes + count)
-        return std::nullopt;
-    return static_cast<int32_t>(found - codes);
-}
-
-template <size_t width>
-static void CopyName(const char (&row)[width], char *name)
-{
-    memcpy(name, row, width);
-    name[width] = '\0';
-}
-
-// No lock of its own: the rows never change, and stay until TermCUPS.
 void GetPaperName(const DEVMODE *record, char *name)
 {
     *name = '\0';
-    PrinterPPDEntry *entry;
-    if (OpenPrinterOfRecord(record, &entry) != 0 || !HoldsPaperAndBin(record))
+    const PrinterPPDEntry *entry = EntryOfRecord(record);
+    if (!entry || !HoldsPaperAndBin(record))
         return;
     if (const auto i = FindCode(entry->paperCodes, entry->paperCount, record->dmPaperSize))
         CopyName(entry->paperNames[*i], name);
 }
 
-// No lock of its own, as GetPaperName.
 void GetBinName(const DEVMODE *record, char *name)
 {
     *name = '\0';
-    PrinterPPDEntry *entry;
-    if (OpenPrinterOfRecord(record, &entry) != 0 || !HoldsPaperAndBin(record))
-        return;
-    if (entry->binCount < 2)
+    const PrinterPPDEntry *entry = EntryOfRecord(record);
+    if (!entry || entry->binCount < 2 || !HoldsPaperAndBin(record))
         return;
     if (const auto i = FindCode(entry->binCodes, entry->binCount, record->dmDefaultSource))
         CopyName(entry->binNames[*i], name);
@@ -130,35 +138,38 @@ BOOL GetDeviceMarginInfo(const char *name, int32_t paperCode, int32_t *left, int
                          int32_t *right, int32_t *bottom)
 {
     LockScope lock;
-    const PrinterName parts = SplitPrinterName(name);
-    PrinterPPDEntry *entry;
-    if (FindOrCreatePrinterPPD(parts.printer, parts.instance, &entry) != 0)
-        return FALSE;
-    const auto i = FindCode(entry->paperCodes, entry->paperCount, static_cast<int16_t>(paperCode));
-    if (!i)
-        return FALSE;
-    const DCPAPERMARGINS &margins = entry->paperMargins[*i];
-    *left = margins.left;
-    *top = margins.top;
-    *right = margins.right;
-    *bottom = margins.bottom;
-    return TRUE;
+    return OrNoMemory<BOOL>(FALSE, [&]() -> BOOL {
+        const PrinterPPDEntry *entry = FindOrCreatePrinterPPD(SplitPrinterName(name));
+        if (!entry)
+            return FALSE;
+        const auto i =
+            FindCode(entry->paperCodes, entry->paperCount, static_cast<int16_t>(paperCode));
+        if (!i)
+            return FALSE;
+        const DCPAPERMARGINS &margins = entry->paperMargins[*i];
+        *left = margins.left;
+        *top = margins.top;
+        *right = margins.right;
+        *bottom = margins.bottom;
+        return TRUE;
+    });
 }
 
 void UpdatePPD(const char *name, const char *instance, const DEVMODE *record)
 {
     LockScope lock;
-    PrinterPPDEntry *entry;
-    if (FindOrCreatePrinterPPD(name, instance, &entry) != 0)
-        return;
-    DEVMODE *current = entry->currentDevMode;
-    if (record->dmSize == current->dmSize && record->dmDriverExtra == current->dmDriverExtra) {
-        memmove(current, record, RecordBytes(record));
-        return;
-    }
-    const uint32_t lastError = GetLastError();
-    PrinterPPDEntry *from = nullptr;
-    OpenPrinterOfRecord(record, &from);
-    MergeSettings(record, current, OfferOf(from), OfferOf(entry));
-    SetLastError(lastError);
+    OrNoMemory([&] {
+        const PrinterPPDEntry *entry = FindOrCreatePrinterPPD(NameFromParts(name, instance));
+        if (!entry)
+            return;
+        DEVMODE *current = entry->currentDevMode.get();
+        if (record->dmSize == current->dmSize && record->dmDriverExtra == current->dmDriverExtra) {
+            memmove(current, record, RecordBytes(record));
+            return;
+        }
+        const uint32_t lastError = GetLastError();
+        const PrinterPPDEntry *from = OpenPrinterEntry(RecordView(record).printerName());
+        MergeSettings(record, current, OfferOf(from), OfferOf(entry));
+        SetLastError(lastError);
+    });
 }

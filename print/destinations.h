@@ -3,15 +3,19 @@
 
 #include <cups/cups.h>
 #include <span>
-#include <string>
 
-#include "print/devmode_build.h"
+#include "print/pipe_signal.h"
+#include "print/printer_name.h"
 
 namespace wexelxi {
 
 class Destinations {
 public:
-    Destinations() : count_(cupsGetDests(&list_)) {}
+    Destinations()
+    {
+        const PipeSignalScope scope;
+        count_ = cupsGetDests(&list_);
+    }
     ~Destinations()
     {
         if (list_)
@@ -32,7 +36,12 @@ public:
 
 private:
     cups_dest_t *list_ = nullptr;
-    int count_;
+    int count_ = 0;
 };
+
+inline PrinterName NameOf(const cups_dest_t &destination)
+{
+    return NameFromParts(destination.name, destination.instance);
+}
 
 } // namespace wexelxi

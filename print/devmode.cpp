@@ -44,25 +44,25 @@ DEVMODEOPTION *NodeAt(std::span<char> block, size_t offset)
     return IsWholeNode(option, block.size() - offset) ? option : nullptr;
 }
 
-std::string_view TextOf(const char *field, size_t width)
+// A text, ended by its NUL or by its field.
+std::string_view FieldText(const char *field, size_t width)
 {
     return {field, strnlen(field, width)};
 }
 
 } // namespace
 
-std::span<char> OptionBlock(const DEVMODE *record)
+std::span<char> RecordView::options() const
 {
-    // A block over the two lengths themselves could change them under the walk.
-    if (record->dmSize < offsetof(DEVMODE, dmFields))
+    const size_t head = headBytes();
+    if (head < offsetof(DEVMODE, dmFields))
         return {};
-    auto *bytes = reinterpret_cast<char *>(const_cast<DEVMODE *>(record));
-    return {bytes + record->dmSize, record->dmDriverExtra};
+    return {reinterpret_cast<char *>(record_) + head, bytes() - head};
 }
 
-std::string PrinterNameOf(const DEVMODE *record)
+std::string_view RecordView::printerName() const
 {
-    return std::string(TextOf(record->dmDeviceName, CCHDEVICENAME - 1));
+    return FieldText(record_->dmDeviceName, Within(CCHDEVICENAME - 1));
 }
 
 DEVMODEOPTION *NextOption(std::span<char> block, const DEVMODEOPTION *option)
@@ -90,13 +90,13 @@ DEVMODEOPTION *FindOption(std::span<char> block, std::string_view keyword)
 
 std::string_view KeywordOf(const DEVMODEOPTION *option)
 {
-    return TextOf(reinterpret_cast<const char *>(option + 1),
-                  static_cast<size_t>(option->nameLength));
+    return FieldText(reinterpret_cast<const char *>(option + 1),
+                     static_cast<size_t>(option->nameLength));
 }
 
 std::string_view ValueRows::name(size_t row) const
 {
-    return TextOf(first + row * rowBytes + 1, nameWidth);
+    return FieldText(first + row * rowBytes + 1, nameWidth);
 }
 
 ValueRows RowsOf(const DEVMODEOPTION *option)

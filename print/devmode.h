@@ -1,11 +1,10 @@
-// A settings record in memory: the walk of its option block and the changes to its rows. Pure, and
-// safe on a damaged record: nothing here reads or writes outside the record's own bytes. Only the
-// name and the two stored lengths are taken to be there.
+// A settings record in memory: how far it reaches, the walk of its option block and the changes to
+// its rows. Pure, and safe on a damaged record: nothing here reads or writes outside it.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "wexelxi/devmode.h"
@@ -18,19 +17,38 @@ inline size_t RecordBytes(const DEVMODE *record)
     return size_t{record->dmSize} + record->dmDriverExtra;
 }
 
-// Bytes of the head. A record that tells no size at all is a plain head, such as a host makes
-// itself.
-inline size_t HeadBytes(const DEVMODE *record)
-{
-    return RecordBytes(record) == 0 ? sizeof(DEVMODE) : record->dmSize;
-}
+// A record and how far it may be read and written: as far as its own two lengths tell, and never
+// beyond its room. This is the one check of damaged records.
+class RecordView {
+public:
+    // A record in the caller's memory, where the name and the two lengths are taken to be there; or
+    // in a block of so many bytes, of which less than those hold no record but a name.
+    RecordView(const DEVMODE *record, size_t room = SIZE_MAX)
+        : record_(const_cast<DEVMODE *>(record)), room_(room)
+    {
+    }
 
-// The option block, which stands at the stored length of the head; empty if such a head does not
-// hold the two lengths.
-std::span<char> OptionBlock(const DEVMODE *record);
+    DEVMODE *get() const { return record_; }
+    DEVMODE *operator->() const { return record_; }
 
-// The printer that a record names: at most 127 characters, also where the NUL is missing.
-std::string PrinterNameOf(const DEVMODE *record);
+    bool holdsLengths() const { return room_ >= offsetof(DEVMODE, dmFields); }
+    // Bytes of the head, and of the whole record.
+    size_t headBytes() const { return Within(holdsLengths() ? record_->dmSize : 0); }
+    size_t bytes() const { return Within(holdsLengths() ? RecordBytes(record_) : 0); }
+
+    // The option block, which stands at the stored length of the head; empty if such a head does
+    // not hold the two lengths, which a change of the block could change then.
+    std::span<char> options() const;
+
+    // The printer that it names: at most 127 characters, also where the NUL is missing.
+    std::string_view printerName() const;
+
+private:
+    size_t Within(size_t count) const { return count < room_ ? count : room_; }
+
+    DEVMODE *record_;
+    size_t room_;
+};
 
 // The first node, or the one behind option. Null at the first node that does not lie whole inside
 // the block or whose length is not the sum of its parts; so each node given lies inside.

@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <string>
 #include <vector>
 
 #include "print/devmode.h"
+#include "print/head_fields.h"
 #include "print/ppd_rows.h"
 
 namespace wexelxi {
@@ -13,6 +16,64 @@ namespace wexelxi {
 namespace {
 
 constexpr size_t kMostOptionBytes = 65535; // what dmDriverExtra can say
+
+// A choice of an option that has its place in the head.
+struct HeadChoice {
+    const ppd_option_t &option;
+    const ppd_choice_t &choice;
+    ppd_file_t *ppd;
+};
+
+void StorePaper(const HeadChoice &head, DEVMODE *record)
+{
+    MatchPaperToDevMode(head.ppd, head.choice, record);
+}
+
+void StoreBin(const HeadChoice &head, DEVMODE *record)
+{
+    record->dmDefaultSource =
+        static_cast<int16_t>(DMBIN_USER + (&head.choice - head.option.choices));
+}
+
+void StoreDuplex(const HeadChoice &head, DEVMODE *record)
+{
+    if (EqualNames(head.choice.choice, "DuplexTumble"))
+        record->dmDuplex = DMDUP_HORIZONTAL;
+    else if (EqualNames(head.choice.choice, "DuplexNoTumble"))
+        record->dmDuplex = DMDUP_VERTICAL;
+    else if (EqualNames(head.choice.choice, "None"))
+        record->dmDuplex = DMDUP_SIMPLEX;
+}
+
+void StoreNothing(const HeadChoice &, DEVMODE *) {}
+
+// The options that get no node, and how a choice of each is stored in the head.
+struct HeadOption {
+    const char *keyword;
+    void (*store)(const HeadChoice &head, DEVMODE *record);
+};
+constexpr HeadOption kHeadOptions[] = {
+    {"PageSize", StorePaper},
+    {"PageRegion", StoreNothing}, // says again what PageSize says
+    {"InputSlot", StoreBin},
+    {"Duplex", StoreDuplex},
+};
+
+const HeadOption *FindHeadOption(const char *keyword)
+{
+    for (const HeadOption &option : kHeadOptions)
+        if (EqualNames(option.keyword, keyword))
+            return &option;
+    return nullptr;
+}
+
+// An unknown value stores nothing.
+void StoreInHead(const HeadOption &head, const ppd_option_t &option, const char *value,
+                 ppd_file_t *ppd, DEVMODE *record)
+{
+    if (const ppd_choice_t *choice = FindChoice(option, value))
+        head.store({option, *choice, ppd}, record);
+}
 
 // An option and the lengths in its node, each with its NUL.
 struct PlannedNode {
@@ -40,16 +101,6 @@ PlannedNode PlanNode(const ppd_option_t &option)
     return node;
 }
 
-// These four have their place in the head, or none.
-bool StandsInHead(const ppd_option_t &option)
-{
-    for (const char *keyword : {"PageSize", "PageRegion", "InputSlot", "Duplex"}) {
-        if (EqualNames(option.keyword, keyword))
-            return true;
-    }
-    return false;
-}
-
 struct Plan {
     std::vector<PlannedNode> nodes;
     size_t bytes = 0;
@@ -59,7 +110,7 @@ Plan PlanOptionBlock(const ppd_file_t *ppd)
 {
     Plan plan;
     ForEachOption(ppd, [&](const ppd_option_t &option) {
-        if (StandsInHead(option))
+        if (FindHeadOption(option.keyword))
             return;
         const PlannedNode node = PlanNode(option);
         if (node.length() > kMostOptionBytes - plan.bytes)
@@ -110,46 +161,9 @@ void WriteNode(const PlannedNode &node, char *at)
     WriteRows(node, at);
 }
 
-void StoreText(char (&field)[CCHDEVICENAME], std::string_view text)
-{
-    const size_t length = std::min(text.size(), sizeof field - 1);
-    memcpy(field, text.data(), length);
-    memset(field + length, 0, sizeof field - length);
-}
-
 bool IsColour(ppd_cs_t colorspace)
 {
     return colorspace == PPD_CS_CMYK || colorspace == PPD_CS_CMY || colorspace == PPD_CS_RGB;
-}
-
-void StoreBin(const ppd_option_t &option, const ppd_choice_t &choice, DEVMODE *record)
-{
-    record->dmDefaultSource = static_cast<int16_t>(DMBIN_USER + (&choice - option.choices));
-}
-
-void StoreDuplex(const ppd_choice_t &choice, DEVMODE *record)
-{
-    if (EqualNames(choice.choice, "DuplexTumble"))
-        record->dmDuplex = DMDUP_HORIZONTAL;
-    else if (EqualNames(choice.choice, "DuplexNoTumble"))
-        record->dmDuplex = DMDUP_VERTICAL;
-    else if (EqualNames(choice.choice, "None"))
-        record->dmDuplex = DMDUP_SIMPLEX;
-}
-
-// Sets the head's field for a value of PageSize, InputSlot or Duplex; an unknown value sets
-// nothing.
-void StoreInHead(const ppd_option_t &option, const char *value, ppd_file_t *ppd, DEVMODE *record)
-{
-    const ppd_choice_t *choice = FindChoice(option, value);
-    if (!choice)
-        return;
-    if (EqualNames(option.keyword, "PageSize"))
-        MatchPaperToDevMode(ppd, *choice, record);
-    else if (EqualNames(option.keyword, "InputSlot"))
-        StoreBin(option, *choice, record);
-    else if (EqualNames(option.keyword, "Duplex"))
-        StoreDuplex(*choice, record);
 }
 
 void ApplyJobSheets(std::string_view value, DEVMODE *record)
@@ -174,64 +188,65 @@ void ApplySavedOption(const char *name, const char *value, ppd_file_t *ppd, DEVM
         ApplyJobSheets(value, record);
     } else if (EqualNames(name, "orientation-requested")) {
         ApplyOrientation(value, record);
-    } else if (EqualNames(name, "InputSlot") || EqualNames(name, "PageSize") ||
-               EqualNames(name, "Duplex")) {
+    } else if (const HeadOption *head = FindHeadOption(name)) {
         if (const ppd_option_t *option = ppdFindOption(ppd, name))
-            StoreInHead(*option, value, ppd, record);
-    } else if (DEVMODEOPTION *option = FindOption(OptionBlock(record), name)) {
+            StoreInHead(*head, *option, value, ppd, record);
+    } else if (DEVMODEOPTION *option = FindOption(RecordView(record).options(), name)) {
         SelectValue(option, value);
     }
 }
 
-} // namespace
-
-std::string FullPrinterName(std::string_view printer, const char *instance)
+// A record without anything in it but zeros.
+Record ZeroedRecord(size_t bytes)
 {
-    std::string name(printer);
-    if (instance)
-        name.append("/").append(instance);
-    return name;
+    return Record(static_cast<DEVMODE *>(memset(operator new(bytes), 0, bytes)));
 }
 
-Record AllocDevMode(std::string_view name, const char *unknown, size_t optionBytes)
+// A text field of the head, zeroed before, in which the last byte stays the NUL.
+void StoreHeadText(char (&field)[CCHDEVICENAME], std::string_view text)
 {
-    Record record(static_cast<DEVMODE *>(calloc(1, sizeof(DEVMODE) + optionBytes)));
-    StoreText(record->dmDeviceName, name);
-    StoreText(record->dmManufacturer, unknown);
-    StoreText(record->dmModelName, unknown);
-    record->dmSpecVersion = DM_SPECVERSION;
-    record->dmDriverVersion = DM_DRIVERVERSION;
-    record->dmSize = sizeof(DEVMODE);
+    FillNameRow({field, sizeof field - 1}, text);
+}
+
+} // namespace
+
+Record CopyOfRecord(const DEVMODE *record)
+{
+    const size_t bytes = RecordBytes(record);
+    return Record(static_cast<DEVMODE *>(memcpy(operator new(bytes), record, bytes)));
+}
+
+Record AllocDevMode(const PrinterName &name, const char *unknown, size_t optionBytes)
+{
+    Record record = ZeroedRecord(sizeof(DEVMODE) + optionBytes);
+    std::string fullName(name.length(), '\0');
+    name.WriteTo(fullName.data());
+    StoreHeadText(record->dmDeviceName, fullName);
+    StoreHeadText(record->dmManufacturer, unknown);
+    StoreHeadText(record->dmModelName, unknown);
+    for (const HeadField &field : kHeadFields)
+        memcpy(reinterpret_cast<char *>(record.get()) + field.offset, &field.standard, field.width);
     record->dmDriverExtra = static_cast<uint16_t>(optionBytes);
-    record->dmFields = DM_ALLFIELDS;
-    record->dmOrientation = DMORIENT_PORTRAIT;
-    record->dmPaperSize = DMPAPER_A4;
-    record->dmPaperLength = 2970;
-    record->dmPaperWidth = 2100;
-    record->dmScale = 100;
-    record->dmCopies = 1;
-    record->dmDefaultSource = DMBIN_USER;
-    record->dmColor = DMCOLOR_MONOCHROME;
-    record->dmDuplex = DMDUP_SIMPLEX;
     return record;
 }
 
-Record BuildDevMode(std::string_view name, const char *unknown, ppd_file_t *ppd)
+Record BuildDevMode(const PrinterName &name, const char *unknown, ppd_file_t *ppd)
 {
     if (!ppd)
         return AllocDevMode(name, unknown, 0);
     const Plan plan = PlanOptionBlock(ppd);
     Record record = AllocDevMode(name, unknown, plan.bytes);
     if (ppd->manufacturer)
-        StoreText(record->dmManufacturer, ppd->manufacturer);
+        StoreHeadText(record->dmManufacturer, ppd->manufacturer);
     if (ppd->modelname)
-        StoreText(record->dmModelName, ppd->modelname);
+        StoreHeadText(record->dmModelName, ppd->modelname);
     if (IsColour(ppd->colorspace))
         record->dmColor = DMCOLOR_COLOR;
     ForEachOption(ppd, [&](const ppd_option_t &option) {
-        StoreInHead(option, option.defchoice, ppd, record.get());
+        if (const HeadOption *head = FindHeadOption(option.keyword))
+            StoreInHead(*head, option, option.defchoice, ppd, record.get());
     });
-    char *at = OptionBlock(record.get()).data();
+    char *at = RecordView(record.get()).options().data();
     for (const PlannedNode &node : plan.nodes) {
         WriteNode(node, at);
         at += node.length();

@@ -2,32 +2,30 @@
 // printer. Takes both as arguments: nothing here asks CUPS.
 #pragma once
 
-#include <cstdlib>
 #include <memory>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "print/ppd.h"
+#include "print/printer_name.h"
 #include "wexelxi/devmode.h"
 
 namespace wexelxi {
 
-struct FreeMemory {
-    void operator()(void *memory) const { free(memory); }
+struct DeleteRecord {
+    void operator()(DEVMODE *record) const { operator delete(record); }
 };
-using Record = std::unique_ptr<DEVMODE, FreeMemory>;
+using Record = std::unique_ptr<DEVMODE, DeleteRecord>;
 
-// The printer, or printer, "/", instance.
-std::string FullPrinterName(std::string_view printer, const char *instance);
+Record CopyOfRecord(const DEVMODE *record);
 
 // A zeroed record with the defaults in its head and room for an option block of that many bytes,
 // at most 65535. unknown is the text for what the printer does not tell.
-Record AllocDevMode(std::string_view name, const char *unknown, size_t optionBytes);
+Record AllocDevMode(const PrinterName &name, const char *unknown, size_t optionBytes);
 
 // A record with the defaults of a PPD: head and one node for each option that the head does not
 // hold. Nodes that would take the block beyond 65535 bytes are left out.
-Record BuildDevMode(std::string_view name, const char *unknown, ppd_file_t *ppd);
+Record BuildDevMode(const PrinterName &name, const char *unknown, ppd_file_t *ppd);
 
 // Pours a destination's saved options into a record, a later one over an earlier one.
 void ApplySavedOptions(std::span<const cups_option_t> saved, ppd_file_t *ppd, DEVMODE *record);

@@ -3,14 +3,41 @@
 
 #include <cstring>
 
-#include "core/last_error.h"
 #include "core/lock.h"
-#include "core/owners.h"
-#include "print/devmode.h"
-#include "print/global_block.h"
+#include "core/no_memory.h"
 #include "wexelxi/documents.h"
 
 using namespace wexelxi;
+
+namespace {
+
+// What the printers of a merge's two records offer.
+struct Offers {
+    PrinterOffer source = {};
+    PrinterOffer target = {};
+};
+
+Offers AskPrinters(const RecordView &source, const RecordView &target)
+{
+    const PrinterPPDEntry *const to = OpenPrinterEntry(target.printerName());
+    if (!to)
+        return {};
+    return {OfferOf(OpenPrinterEntry(source.printerName())), OfferOf(to)};
+}
+
+int32_t ChangeSettings(DEVMODE *current, const DEVMODE *in, int32_t mode)
+{
+    Offers offers;
+    if (mode & DM_MODIFY)
+        offers = AskPrinters(in, current);
+    if (mode & DM_UPDATE) // accepts nothing, so that nothing need be made for it to accept
+        return PrinterProperties(nullptr);
+    if (mode & DM_MODIFY)
+        MergeSettings(in, current, offers.source, offers.target);
+    return IDOK;
+}
+
+} // namespace
 
 PrinterOffer wexelxi::OfferOf(const PrinterPPDEntry *printer)
 {
@@ -21,63 +48,51 @@ PrinterOffer wexelxi::OfferOf(const PrinterPPDEntry *printer)
     return {{printer->paperCodes, papers}, {printer->binCodes, bins}, printer->binNames};
 }
 
-void wexelxi::MergeDevModeSettings(const DEVMODE *source, DEVMODE *target)
+void wexelxi::MergeDevModeSettings(const RecordView &source, const RecordView &target)
 {
-    PrinterPPDEntry *from = nullptr;
-    PrinterPPDEntry *to = nullptr;
-    if (OpenPrinterOfRecord(target, &to) == 0)
-        OpenPrinterOfRecord(source, &from);
-    MergeSettings(source, target, OfferOf(from), OfferOf(to));
+    AssertLockHeld();
+    const Offers offers = AskPrinters(source, target);
+    MergeSettings(source, target, offers.source, offers.target);
 }
 
 int32_t DocumentProperties(HWND, HPRINTER, const char *name, DEVMODE *out, const DEVMODE *in,
                            int32_t mode)
 {
     LockScope lock;
-    PrinterPPDEntry *printer = nullptr;
-    if (OpenPrinterPPD(name, &printer) != 0)
-        return FailWith(ERROR_INVALID_PRINTER_NAME, -1);
-    DEVMODE *current = printer->currentDevMode;
-    const size_t size = RecordBytes(current);
-    if (mode == 0)
-        return static_cast<int32_t>(size);
-    if (((mode & DM_MODIFY) && !in) || ((mode & DM_COPY) && !out))
-        return FailWith(ERROR_INVALID_PARAMETER, -1);
-
-    const GlobalBlock<void> scratch(MakeDevModeHan(current));
-    if (!scratch)
-        return -1;
-    if (mode & DM_MODIFY)
-        MergeDevModeSettings(in, static_cast<DEVMODE *>(scratch.get()));
-    const int32_t result = mode & DM_UPDATE ? PrinterProperties(scratch.get()) : IDOK;
-    if (result != IDOK)
+    return OrNoMemory(-1, [&] {
+        const PrinterPPDEntry *printer = OpenPrinterEntry(name);
+        if (!printer)
+            return FailWith(ERROR_INVALID_PRINTER_NAME, -1);
+        DEVMODE *current = printer->currentDevMode.get();
+        const size_t size = RecordBytes(current);
+        if (mode == 0)
+            return static_cast<int32_t>(size);
+        if (((mode & DM_MODIFY) && !in) || ((mode & DM_COPY) && !out))
+            return FailWith(ERROR_INVALID_PARAMETER, -1);
+        const int32_t result = ChangeSettings(current, in, mode);
+        if (result == IDOK && (mode & DM_MODIFY))
+            UpdatePPDDevMode(printer->printerName.get(), printer->instanceName.get(), current);
+        if (result == IDOK && (mode & DM_COPY))
+            memcpy(out, current, size);
         return result;
-    if (mode & (DM_UPDATE | DM_MODIFY)) {
-        memcpy(current, scratch.get(), size);
-        UpdatePPDDevMode(printer->printerName, printer->instanceName, current);
-    }
-    if (mode & DM_COPY)
-        memcpy(out, current, size);
-    return result;
+    });
 }
 
 void CopyDevModeSettings(HGLOBAL source, HGLOBAL target)
 {
     LockScope lock;
-    const LockedGlobal<const DEVMODE> from(source);
-    const LockedGlobal<DEVMODE> to(target);
-    if (from.get() && to.get())
-        MergeDevModeSettings(from.get(), to.get());
+    if (!source || !target)
+        return;
+    OrNoMemory([&] { MergeDevModeSettings(RecordInBlock(source), RecordInBlock(target)); });
 }
 
 void RestoreDefaultDevmode(DEVMODE *record)
 {
     LockScope lock;
-    PrinterPPDEntry *printer = nullptr;
-    if (OpenPrinterOfRecord(record, &printer) != 0 || !printer) {
-        SetLastError(ERROR_INVALID_PRINTER_NAME);
-        return;
-    }
-    SetLastError(ERROR_SUCCESS);
-    RestoreDefaults(printer->defaultDevMode, record);
+    OrNoMemory([&] {
+        const PrinterPPDEntry *printer = OpenPrinterEntry(RecordView(record).printerName());
+        if (!printer)
+            return SetLastError(ERROR_INVALID_PRINTER_NAME);
+        RestoreDefaults(printer->defaultDevMode.get(), record);
+    });
 }

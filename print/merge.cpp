@@ -5,48 +5,20 @@
 #include <cstddef>
 #include <cstring>
 
-#include "print/devmode.h"
+#include "print/head_fields.h"
 
 namespace wexelxi {
 
 namespace {
 
-struct HeadField {
-    size_t offset;
-    size_t width;
-};
-
-#define HEAD_FIELD(field)                                \
-    HeadField                                            \
-    {                                                    \
-        offsetof(DEVMODE, field), sizeof(DEVMODE::field) \
-    }
-
-constexpr HeadField kPaper = HEAD_FIELD(dmPaperSize);
-constexpr HeadField kBin = HEAD_FIELD(dmDefaultSource);
-constexpr HeadField kPaperFields[] = {
-    kPaper,
-    HEAD_FIELD(dmPaperLength),
-    HEAD_FIELD(dmPaperWidth),
-};
-constexpr HeadField kAlwaysPassing[] = {
-    HEAD_FIELD(dmOrientation), HEAD_FIELD(dmCopies),        HEAD_FIELD(dmScale),
-    HEAD_FIELD(dmColor),       HEAD_FIELD(dmDuplex),        HEAD_FIELD(dmCollate),
-    HEAD_FIELD(dmFields),      HEAD_FIELD(dmJobSheetStart), HEAD_FIELD(dmJobSheetEnd),
-};
-
-#undef HEAD_FIELD
-
-bool Has(const DEVMODE *record, HeadField field)
+// Those that pass under that condition and that both records hold.
+void PassFields(const RecordView &source, const RecordView &target, Passing condition)
 {
-    return field.offset + field.width <= HeadBytes(record);
-}
-
-void Pass(const DEVMODE *source, DEVMODE *target, HeadField field)
-{
-    if (Has(source, field) && Has(target, field))
-        memcpy(reinterpret_cast<char *>(target) + field.offset,
-               reinterpret_cast<const char *>(source) + field.offset, field.width);
+    const size_t head = std::min(source.headBytes(), target.headBytes());
+    for (const HeadField &field : kHeadFields)
+        if (field.passing == condition && field.end() <= head)
+            memcpy(reinterpret_cast<char *>(target.get()) + field.offset,
+                   reinterpret_cast<const char *>(source.get()) + field.offset, field.width);
 }
 
 // Index of a code, which a record holds as a signed number; codes.size() if there is none.
@@ -55,19 +27,18 @@ size_t IndexOf(std::span<const uint16_t> codes, int code)
     return static_cast<size_t>(std::find(codes.begin(), codes.end(), code) - codes.begin());
 }
 
-void PassPaper(const DEVMODE *source, DEVMODE *target, const PrinterOffer &offer)
+void PassPaper(const RecordView &source, const RecordView &target, const PrinterOffer &offer)
 {
-    if (!Has(source, kPaper) ||
-        IndexOf(offer.paperCodes, source->dmPaperSize) == offer.paperCodes.size())
+    if (source.headBytes() < offsetof(DEVMODE, dmPaperLength))
         return;
-    for (HeadField field : kPaperFields)
-        Pass(source, target, field);
+    if (IndexOf(offer.paperCodes, source->dmPaperSize) < offer.paperCodes.size())
+        PassFields(source, target, Passing::kWithPaper);
 }
 
-void PassBin(const DEVMODE *source, DEVMODE *target, const PrinterOffer &from,
+void PassBin(const RecordView &source, const RecordView &target, const PrinterOffer &from,
              const PrinterOffer &to)
 {
-    if (!Has(source, kBin) || !Has(target, kBin))
+    if (std::min(source.headBytes(), target.headBytes()) < offsetof(DEVMODE, dmPrintQuality))
         return;
     const size_t bin = IndexOf(from.binCodes, source->dmDefaultSource);
     if (bin == from.binCodes.size())
@@ -122,10 +93,10 @@ void PassOption(const DEVMODEOPTION *source, DEVMODEOPTION *target)
             SelectRows(to, from.name(row), many);
 }
 
-void PassOptions(const DEVMODE *source, DEVMODE *target)
+void PassOptions(const RecordView &source, const RecordView &target)
 {
-    const std::span<char> from = OptionBlock(source);
-    const std::span<char> to = OptionBlock(target);
+    const std::span<char> from = source.options();
+    const std::span<char> to = target.options();
     const DEVMODEOPTION *option = nullptr;
     while ((option = NextOption(from, option)))
         if (DEVMODEOPTION *known = FindOption(to, KeywordOf(option)))
@@ -134,13 +105,12 @@ void PassOptions(const DEVMODE *source, DEVMODE *target)
 
 } // namespace
 
-void MergeSettings(const DEVMODE *source, DEVMODE *target, const PrinterOffer &sourcePrinter,
-                   const PrinterOffer &targetPrinter)
+void MergeSettings(const RecordView &source, const RecordView &target,
+                   const PrinterOffer &sourcePrinter, const PrinterOffer &targetPrinter)
 {
-    if (source == target)
+    if (source.get() == target.get())
         return;
-    for (HeadField field : kAlwaysPassing)
-        Pass(source, target, field);
+    PassFields(source, target, Passing::kAlways);
     PassPaper(source, target, targetPrinter);
     PassBin(source, target, sourcePrinter, targetPrinter);
     PassOptions(source, target);
@@ -148,16 +118,14 @@ void MergeSettings(const DEVMODE *source, DEVMODE *target, const PrinterOffer &s
 
 void RestoreDefaults(const DEVMODE *defaults, DEVMODE *record)
 {
-    const size_t size = HeadBytes(record);
-    const size_t extra = record->dmDriverExtra;
-    if (size == defaults->dmSize && extra == defaults->dmDriverExtra) {
+    if (record->dmSize == defaults->dmSize && record->dmDriverExtra == defaults->dmDriverExtra) {
         memcpy(record, defaults, RecordBytes(defaults));
         return;
     }
     // Around the two lengths, which tell where the record ends.
     constexpr size_t lengths = offsetof(DEVMODE, dmSize);
     constexpr size_t behind = offsetof(DEVMODE, dmFields);
-    const size_t head = std::min({size, size_t{defaults->dmSize}, sizeof(DEVMODE)});
+    const size_t head = std::min<size_t>({record->dmSize, defaults->dmSize, sizeof(DEVMODE)});
     memcpy(record, defaults, std::min(head, lengths));
     if (head > behind)
         memcpy(reinterpret_cast<char *>(record) + behind,

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "wexelxi/devmode.h"
+#include "print/devmode.h"
 #include "wexelxi/printers.h"
 
 namespace wexelxi {
@@ -21,8 +21,8 @@ struct PrinterOffer {
 // paper passes if the target's printer has its code, the bin if it has one of the same name: codes
 // of bins are positions in one printer's list. A printer that could not be opened offers nothing.
 // Fields that a short head lacks do not pass. A merge of a record into itself changes nothing.
-void MergeSettings(const DEVMODE *source, DEVMODE *target, const PrinterOffer &sourcePrinter,
-                   const PrinterOffer &targetPrinter);
+void MergeSettings(const RecordView &source, const RecordView &target,
+                   const PrinterOffer &sourcePrinter, const PrinterOffer &targetPrinter);
 
 // Makes record read as defaults does. One of another shape keeps its dmSize and dmDriverExtra, and
 // the options pass as in a merge.

@@ -11,21 +11,25 @@ using namespace wexelxi;
 
 DEVMODEOPTION *NextDevModeOption(const DEVMODE *record, const DEVMODEOPTION *option)
 {
-    return NextOption(OptionBlock(record), option);
+    return NextOption(RecordView(record).options(), option);
 }
 
 DEVMODEOPTION *FindDevModeOption(const DEVMODE *record, const char *keyword)
 {
-    return FindOption(OptionBlock(record), keyword);
+    return FindOption(RecordView(record).options(), keyword);
 }
 
 // The accessors below read a host's records for it: they trust the node, which the walk has
 // checked.
 
-static char *Behind(const void *record, ptrdiff_t bytes)
+namespace {
+
+char *Behind(const void *record, ptrdiff_t bytes)
 {
     return static_cast<char *>(const_cast<void *>(record)) + bytes;
 }
+
+} // namespace
 
 char *GetDevModeOptionName(const DEVMODEOPTION *option)
 {
@@ -84,7 +88,9 @@ void DeselectAllOptionValues(DEVMODEOPTION *option)
     DeselectAllValues(option);
 }
 
-static HGLOBAL CopyToGlobalMemory(const void *bytes, size_t count)
+namespace {
+
+HGLOBAL CopyToGlobalMemory(const void *bytes, size_t count)
 {
     // Any flag but GLOBAL_ZEROFILL asks for a plain block; the copy fills it.
     HGLOBAL block = GlobalAlloc(16, static_cast<int32_t>(count));
@@ -92,6 +98,8 @@ static HGLOBAL CopyToGlobalMemory(const void *bytes, size_t count)
         memcpy(block, bytes, count);
     return block;
 }
+
+} // namespace
 
 HGLOBAL MakeDevModeHan(const DEVMODE *record)
 {
@@ -103,7 +111,8 @@ HGLOBAL GetCopyOfDevmodeFromPPD(HPRINTERPPD printer)
 {
     if (!printer)
         return nullptr;
-    const DEVMODE *current = printer->currentDevMode; // the address never changes, its bytes do
+    const DEVMODE *current =
+        printer->currentDevMode.get(); // the address never changes, its bytes do
     LockScope lock;
     return CopyToGlobalMemory(current, RecordBytes(current));
 }

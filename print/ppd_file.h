@@ -2,14 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "core/owners.h"
 #include "print/ppd.h"
 
 namespace wexelxi {
 
-struct ClosePPD {
+struct ClosePPD { // ReleaseWith would speak of a deprecated function where this header cannot hush
+                  // it
     void operator()(ppd_file_t *ppd) const { ppdClose(ppd); }
 };
 using ParsedPPD = std::unique_ptr<ppd_file_t, ClosePPD>;
@@ -20,8 +20,7 @@ struct PPDFile {
 };
 
 // Opens and parses a file. Gives 0; 2 (ERROR_FILE_NOT_FOUND) if it cannot be opened, 13
-// (ERROR_INVALID_DATA) if it does not parse, and file is empty then. Whatever other threads open
-// and close meanwhile stays theirs.
+// (ERROR_INVALID_DATA) if it does not parse, and file is empty then.
 uint32_t OpenPPDFile(const char *path, PPDFile &file);
 
 } // namespace wexelxi

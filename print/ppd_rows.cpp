@@ -107,10 +107,10 @@ Paper PaperOf(const ppd_size_t &size)
     return {0, {TenthsFromMicrometres(width), TenthsFromMicrometres(length)}};
 }
 
-void FillNameRow(std::span<char> row, const char *text)
+void FillNameRow(std::span<char> row, std::string_view text)
 {
-    const size_t length = strnlen(text, row.size());
-    memcpy(row.data(), text, length);
+    const size_t length = std::min(text.size(), row.size());
+    memcpy(row.data(), text.data(), length);
     memset(row.data() + length, 0, row.size() - length);
 }
 

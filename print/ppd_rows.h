@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <strings.h>
 #include <vector>
 
@@ -45,7 +46,7 @@ struct Paper {
 Paper PaperOf(const ppd_size_t &size);
 
 // Copies a text into a row and zeroes the rest; a text that is too long is cut.
-void FillNameRow(std::span<char> row, const char *text);
+void FillNameRow(std::span<char> row, std::string_view text);
 
 inline bool EqualNames(const char *first, const char *second)
 {

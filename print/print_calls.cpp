@@ -17,12 +17,16 @@ HDC CreateIC(LPCSTR driver, LPCSTR device, LPCSTR output, LPCVOID initData)
     return CreateDC(driver, device, output, initData);
 }
 
+namespace {
+
 // What every call that does nothing does.
-static void Ignore()
+void Ignore()
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
 }
+
+} // namespace
 
 BOOL DPtoLP(HDC, LPVOID, int32_t)
 {

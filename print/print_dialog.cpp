@@ -1,21 +1,35 @@
 // What a host's print dialog starts with.
-#include <memory>
+#include <cstring>
+#include <optional>
+#include <string>
 
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "core/owners.h"
-#include "print/devmode.h"
 #include "print/document.h"
-#include "print/global_block.h"
 #include "wexelxi/documents.h"
 
 using namespace wexelxi;
 
 namespace {
 
-struct FreePrinterList {
-    void operator()(char *list) const { FreePrinters(list); }
+using PrinterList = std::unique_ptr<char, ReleaseWith<FreePrinters>>;
+
+// What the dialog record says; a block that is too small for a record counts as none.
+struct Wish {
+    std::optional<RecordView> record;
+    std::optional<std::string> name;
 };
-using PrinterList = std::unique_ptr<char, FreePrinterList>;
+
+Wish WishOf(const PRINTDLG *dialog)
+{
+    Wish wish;
+    if (dialog->hDevMode && RecordInBlock(dialog->hDevMode).holdsLengths())
+        wish.record = RecordInBlock(dialog->hDevMode);
+    if (const auto *name = static_cast<const char *>(GlobalLock(dialog->hDevNames)))
+        wish.name.emplace(name, strnlen(name, GlobalSize(dialog->hDevNames)));
+    return wish;
+}
 
 // A printer and its settings; either null for failure.
 struct Choice {
@@ -23,33 +37,37 @@ struct Choice {
     GlobalBlock<void> record;
 };
 
-Choice ChooseRecord(const DEVMODE *record)
+// The record as it is. The copy is as long as its two lengths tell, also where the block is not.
+Choice ChooseRecord(const RecordView &record)
 {
-    return {GlobalBlock<void>(MakePrinterNameHan(PrinterNameOf(record).c_str())),
-            GlobalBlock<void>(MakeDevModeHan(record))};
+    const std::string name(record.printerName());
+    const auto size = static_cast<int32_t>(RecordBytes(record.get()));
+    Choice choice{GlobalBlock<void>(MakePrinterNameHan(name.c_str())),
+                  GlobalBlock<void>(GlobalAlloc(GLOBAL_ZEROFILL, size))};
+    if (choice.record)
+        memcpy(choice.record.get(), record.get(), record.bytes());
+    return choice;
 }
 
 // The printer's current settings, with those of another record, if there is one, as far as the
 // printer allows them.
-Choice ChoosePrinter(const char *name, const DEVMODE *other)
+Choice ChoosePrinter(const char *name, const std::optional<RecordView> &other)
 {
-    HPRINTERPPD printer = nullptr;
-    if (OpenPrinterPPD(name, &printer) != 0)
+    PrinterPPDEntry *printer = OpenPrinterEntry(name);
+    if (!printer)
         return {};
     Choice choice{GlobalBlock<void>(MakePrinterNameHan(name)),
                   GlobalBlock<void>(GetCopyOfDevmodeFromPPD(printer))};
     if (choice.record && other)
-        MergeDevModeSettings(other, static_cast<DEVMODE *>(choice.record.get()));
+        MergeDevModeSettings(*other, static_cast<DEVMODE *>(choice.record.get()));
     return choice;
 }
 
-Choice Choose(const char *name, const DEVMODE *record, const char *defaultName)
+Choice Choose(const Wish &wish, const char *defaultName)
 {
-    if (!name && !record)
-        return ChoosePrinter(defaultName, nullptr);
-    if (!name || (record && PrinterNameOf(record) == name))
-        return ChooseRecord(record);
-    return ChoosePrinter(name, record);
+    if (wish.record && (!wish.name || wish.record->printerName() == *wish.name))
+        return ChooseRecord(*wish.record);
+    return ChoosePrinter(wish.name ? wish.name->c_str() : defaultName, wish.record);
 }
 
 } // namespace
@@ -61,15 +79,14 @@ BOOL GetDevModeAndPrinterNameForPrintDlg(const PRINTDLG *dialog, HGLOBAL *outNam
     PrinterList list(ListPrinters(0));
     if (!list || !*list)
         return FALSE;
-    const LockedGlobal<const DEVMODE> record(dialog->hDevMode);
-    const LockedGlobal<const char> name(dialog->hDevNames);
-    Choice choice = Choose(name.get(), record.get(), list.get());
-    if (!choice.name || !choice.record) {
-        *outList = nullptr;
-        return FALSE;
-    }
-    *outName = choice.name.release();
-    *outDevMode = choice.record.release();
-    *outList = list.release();
-    return TRUE;
+    *outList = nullptr;
+    return OrNoMemory<BOOL>(FALSE, [&]() -> BOOL {
+        Choice choice = Choose(WishOf(dialog), list.get());
+        if (!choice.name || !choice.record)
+            return FALSE;
+        *outName = choice.name.release();
+        *outDevMode = choice.record.release();
+        *outList = list.release();
+        return TRUE;
+    });
 }

@@ -4,50 +4,55 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <string_view>
+#include <memory>
 
+#include "print/devmode_build.h"
+#include "print/printer_description.h"
+#include "print/printer_name.h"
 #include "wexelxi/printers.h"
 
-struct ppd_file_s;
+// A text of its owner's, or null.
+using OwnedText = std::unique_ptr<char[]>;
 
-// The record behind an HPRINTERPPD. All memory in it comes from malloc. An instance's entry shares
-// the PPD and the rows with its printer's entry, which owns them.
+// The record behind an HPRINTERPPD, in the order that its fields have always had, and behind them
+// what the cache itself needs. The pointers between the names and the two settings records look
+// into the description.
 struct PrinterPPDEntry {
-    PrinterPPDEntry *next;
-    char *printerName;  // as first asked for, without the instance
-    char *instanceName; // null in a printer's own entry
-    char *ppdPath;      // the temporary file; this and the next two are null without a PPD
+    explicit PrinterPPDEntry(const wexelxi::PrinterName &name,
+                             std::shared_ptr<const wexelxi::PrinterDescription> described);
+
+    PrinterPPDEntry *next = nullptr;
+    OwnedText printerName;  // as first asked for, without the instance
+    OwnedText instanceName; // null in a printer's own entry
+    const char *ppdPath;    // the temporary file; this and the next two are null without a PPD
     FILE *ppdStream;
-    ppd_file_s *ppd;
+    ppd_file_t *ppd;
     int32_t paperCount; // rows in each of the next four
-    char (*paperNames)[CCHPAPERNAME];
-    uint16_t *paperCodes;
-    DCPAPERSIZE *paperSizes;
-    DCPAPERMARGINS *paperMargins;
+    const char (*paperNames)[CCHPAPERNAME];
+    const uint16_t *paperCodes;
+    const DCPAPERSIZE *paperSizes;
+    const DCPAPERMARGINS *paperMargins;
     int32_t binCount; // rows in each of the next two
-    char (*binNames)[CCHBINNAME];
-    uint16_t *binCodes;
-    DEVMODE *currentDevMode; // what callers are given; the address never changes
-    DEVMODE *defaultDevMode; // as first built
+    const char (*binNames)[CCHBINNAME];
+    const uint16_t *binCodes;
+    wexelxi::Record currentDevMode; // what callers are given; the address never changes
+    wexelxi::Record defaultDevMode; // as first built
+
+    std::shared_ptr<const wexelxi::PrinterDescription> description;
+    PrinterPPDEntry *nextInBucket = nullptr;
 };
 
 namespace wexelxi {
 
-// A printer name, split at its first slash. The instance points into the text, or is null.
-struct PrinterName {
-    std::string_view printer;
-    const char *instance;
-};
-PrinterName SplitPrinterName(const char *name);
+OwnedText CopyText(std::string_view text);
 
-// Finds the entry or makes it. Call it with the global lock held. 0 with the entry stored; else -1
-// with last error 2 (the PPD cannot be opened) or 13 (it does not parse) and nothing stored. The
-// last error is left alone otherwise.
-int32_t FindOrCreatePrinterPPD(std::string_view printer, const char *instance,
-                               PrinterPPDEntry **entry);
+// Finds the entry or makes it. Call it with the global lock held. Null with last error 2 (the PPD
+// cannot be opened) or 13 (it does not parse) and nothing stored; the last error is left alone
+// otherwise. Without memory it throws.
+PrinterPPDEntry *FindOrCreatePrinterPPD(const PrinterName &name);
 
-// OpenPrinterPPD for the printer that a record names; reads no further than its dmDeviceName. Takes
-// the lock and stores last error 0, 2 or 13, and null in *entry on failure.
-int32_t OpenPrinterOfRecord(const DEVMODE *record, PrinterPPDEntry **entry);
+// The steps of OpenPrinterPPD: stores last error 0 first, then as above. Call it with the global
+// lock held.
+PrinterPPDEntry *OpenPrinterEntry(std::string_view name);
 
 } // namespace wexelxi

@@ -3,10 +3,9 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
-#include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "print/destinations.h"
 #include "print/printer_cache.h"
 
@@ -14,14 +13,15 @@ using namespace wexelxi;
 
 // The record behind an HPRINTER.
 struct PrinterHandleRecord {
-    char *printerName;
-    char *instanceName; // or null
-};
+    explicit PrinterHandleRecord(const PrinterName &name)
+        : printerName(CopyText(name.printer)),
+          instanceName(name.instance ? CopyText(*name.instance) : nullptr)
+    {
+    }
 
-static std::string NameOf(const cups_dest_t &destination)
-{
-    return FullPrinterName(destination.name, destination.instance);
-}
+    OwnedText printerName;
+    OwnedText instanceName; // or null
+};
 
 BOOL OpenPrinter(const char *name, HPRINTER *printer)
 {
@@ -29,23 +29,14 @@ BOOL OpenPrinter(const char *name, HPRINTER *printer)
         return Fail(ERROR_INVALID_PARAMETER);
     LockScope lock;
     *printer = nullptr;
-    const PrinterName parts = SplitPrinterName(name);
-    const std::string destination(parts.printer);
-    if (!Destinations().find(destination.c_str(), parts.instance))
-        return Fail(ERROR_INVALID_PRINTER_NAME);
-    *printer = static_cast<HPRINTER>(malloc(sizeof(PrinterHandleRecord)));
-    **printer = {strdup(destination.c_str()), parts.instance ? strdup(parts.instance) : nullptr};
-    SetLastError(ERROR_SUCCESS);
-    return TRUE;
-}
-
-// Writes the record and the text behind it; the buffer may stand at any address.
-static void WritePrinterInfo(const std::string &name, char *buffer)
-{
-    char *text = buffer + sizeof(PRINTER_INFO_2);
-    const PRINTER_INFO_2 info = {text};
-    memcpy(buffer, &info, sizeof info);
-    memcpy(text, name.c_str(), name.size() + 1);
+    return OrNoMemory<BOOL>(FALSE, [&]() -> BOOL {
+        auto record = std::make_unique<PrinterHandleRecord>(SplitPrinterName(name));
+        if (!Destinations().find(record->printerName.get(), record->instanceName.get()))
+            return Fail(ERROR_INVALID_PRINTER_NAME);
+        *printer = record.release();
+        SetLastError(ERROR_SUCCESS);
+        return TRUE;
+    });
 }
 
 BOOL GetPrinter(HPRINTER printer, int32_t level, void *buffer, uint32_t size, uint32_t *needed)
@@ -53,14 +44,18 @@ BOOL GetPrinter(HPRINTER printer, int32_t level, void *buffer, uint32_t size, ui
     if (!printer || level != 2)
         return Fail(ERROR_INVALID_PARAMETER);
     LockScope lock;
-    const std::string name = FullPrinterName(printer->printerName, printer->instanceName);
-    const size_t bytes = sizeof(PRINTER_INFO_2) + name.size() + 1;
+    const PrinterName name = NameFromParts(printer->printerName.get(), printer->instanceName.get());
+    const size_t bytes = sizeof(PRINTER_INFO_2) + name.length() + 1;
     if (needed)
         *needed = static_cast<uint32_t>(bytes);
     if (buffer && bytes > size)
         return Fail(ERROR_INVALID_PARAMETER);
-    if (buffer)
-        WritePrinterInfo(name, static_cast<char *>(buffer));
+    if (buffer) { // at any address
+        char *const text = static_cast<char *>(buffer) + sizeof(PRINTER_INFO_2);
+        const PRINTER_INFO_2 info = {text};
+        memcpy(buffer, &info, sizeof info);
+        name.WriteTo(text);
+    }
     SetLastError(ERROR_SUCCESS);
     return TRUE;
 }
@@ -70,23 +65,15 @@ BOOL ClosePrinter(HPRINTER printer)
     LockScope lock;
     if (!printer)
         return Fail(ERROR_INVALID_PARAMETER);
-    free(printer->printerName);
-    free(printer->instanceName);
-    free(printer);
+    delete printer;
     SetLastError(ERROR_SUCCESS);
     return TRUE;
 }
 
-static char *CopyToHeap(const std::string &bytes)
-{
-    auto *copy = static_cast<char *>(malloc(bytes.size()));
-    if (copy)
-        memcpy(copy, bytes.data(), bytes.size());
-    return copy;
-}
+namespace {
 
 // The destination that is flagged as the default; of several the last. Null if there is none.
-static const cups_dest_t *LastDefault(const Destinations &destinations)
+const cups_dest_t *LastDefault(const Destinations &destinations)
 {
     const cups_dest_t *found = nullptr;
     for (const cups_dest_t &destination : destinations.all()) {
@@ -96,21 +83,48 @@ static const cups_dest_t *LastDefault(const Destinations &destinations)
     return found;
 }
 
+// The first destination that is flagged as the default, or the first of all; the empty name if
+// there is none.
+PrinterName DefaultName(const Destinations &destinations)
+{
+    for (const cups_dest_t &destination : destinations.all()) {
+        if (destination.is_default)
+            return NameOf(destination);
+    }
+    return destinations.all().empty() ? PrinterName{} : NameOf(destinations.all().front());
+}
+
+// A heap block that the host frees with FreePrinters.
+char *AllocList(size_t bytes)
+{
+    auto *list = static_cast<char *>(malloc(bytes));
+    return list ? list : FailWith<char *>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+}
+
+} // namespace
+
 // No lock: nothing of the library's is touched.
 char *ListPrinters(uintptr_t selector)
 {
-    if (selector)
-        return CopyToHeap(std::string("cups") + '\0');
+    if (selector) {
+        char *const word = AllocList(sizeof "cups");
+        return word ? strcpy(word, "cups") : nullptr;
+    }
     const Destinations destinations;
+    size_t bytes = 1;
+    for (const cups_dest_t &destination : destinations.all())
+        bytes += NameOf(destination).length() + 1;
+    char *const list = AllocList(bytes);
+    if (!list)
+        return nullptr;
     const cups_dest_t *first = LastDefault(destinations);
-    std::string list;
-    if (first)
-        list = NameOf(*first) + '\0';
+    char *at = first ? NameOf(*first).WriteTo(list) : list;
     for (const cups_dest_t &destination : destinations.all()) {
         if (&destination != first)
-            list += NameOf(destination) + '\0';
+            at = NameOf(destination).WriteTo(at);
     }
-    return CopyToHeap(list + '\0');
+    *at = '\0';
+    return list;
 }
 
 void FreePrinters(char *printers)
@@ -118,25 +132,15 @@ void FreePrinters(char *printers)
     free(printers);
 }
 
-// The first destination that is flagged as the default, or the first of all; the empty text if
-// there is none.
-static std::string DefaultName(const Destinations &destinations)
-{
-    for (const cups_dest_t &destination : destinations.all()) {
-        if (destination.is_default)
-            return NameOf(destination);
-    }
-    return destinations.all().empty() ? std::string() : NameOf(destinations.all().front());
-}
-
 uint32_t GetDefaultPrinterName(char *buffer, uint32_t size)
 {
     if (size == 0)
         return ERROR_INSUFFICIENT_BUFFER;
     LockScope lock;
-    const std::string name = DefaultName(Destinations());
-    if (name.size() + 1 > size)
+    const Destinations destinations;
+    const PrinterName name = DefaultName(destinations);
+    if (name.length() >= size)
         return ERROR_INSUFFICIENT_BUFFER;
-    memcpy(buffer, name.c_str(), name.size() + 1);
+    name.WriteTo(buffer);
     return ERROR_SUCCESS;
 }

@@ -65,7 +65,7 @@ TEST(SavedOptions, PassWhereThePrinterKnowsThem)
 {
     const ParsedPPD ppd = Parse(kFixtures + "odd.ppd");
     ASSERT_TRUE(ppd);
-    const Record plain = BuildDevMode("odd", "?", ppd.get());
+    const Record plain = BuildDevMode({"odd", {}}, "?", ppd.get());
     // Job sheets, orientation, bin, paper and duplex, and the rows of three options.
     const auto summary = [](const DEVMODE *record) {
         std::string text;
@@ -103,8 +103,7 @@ TEST(SavedOptions, PassWhereThePrinterKnowsThem)
         {"Tray3", "True", "0 0 1 257 9 3 10 000 01 "}, // is installed or not
     };
     for (const auto &row : rows) {
-        Record record(static_cast<DEVMODE *>(malloc(516u + plain->dmDriverExtra)));
-        memcpy(record.get(), plain.get(), 516u + plain->dmDriverExtra);
+        const Record record = CopyOfRecord(plain.get());
         const cups_option_t option = {const_cast<char *>(row.name), const_cast<char *>(row.value)};
         ApplySavedOptions({&option, 1}, ppd.get(), record.get());
         EXPECT_EQ(summary(record.get()), row.summary) << row.name << "=" << row.value;
@@ -127,7 +126,7 @@ TEST(OptionBlock, LeavesOutWhatDoesNotFit)
     WriteWholeFile(folder.file("many.ppd"), text);
     const ParsedPPD ppd = Parse(folder.file("many.ppd"));
     ASSERT_TRUE(ppd);
-    const Record record = BuildDevMode("many", "?", ppd.get());
+    const Record record = BuildDevMode({"many", {}}, "?", ppd.get());
     size_t bytes = 0;
     const DEVMODEOPTION *last = nullptr;
     for (auto *node = NextDevModeOption(record.get(), nullptr); node;
