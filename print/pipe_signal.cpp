@@ -28,9 +28,10 @@ bool IsPending()
 void StartCups()
 {
     struct sigaction own;
-    sigaction(SIGPIPE, nullptr, &own);
+    const bool known = sigaction(SIGPIPE, nullptr, &own) == 0;
     httpInitialize();
-    sigaction(SIGPIPE, &own, nullptr);
+    if (known)
+        sigaction(SIGPIPE, &own, nullptr);
 }
 
 } // namespace

@@ -31,19 +31,24 @@ Wish WishOf(const PRINTDLG *dialog)
     return wish;
 }
 
-// A printer and its settings; either null for failure.
+// A printer and its settings; either null for failure, and then the last error tells of the first.
 struct Choice {
     GlobalBlock<void> name;
     GlobalBlock<void> record;
 };
 
+Choice NameAlone(const char *name)
+{
+    return {GlobalBlock<void>(MakePrinterNameHan(name)), nullptr};
+}
+
 // The record as it is. The copy is as long as its two lengths tell, also where the block is not.
 Choice ChooseRecord(const RecordView &record)
 {
-    const std::string name(record.printerName());
-    const auto size = static_cast<int32_t>(RecordBytes(record.get()));
-    Choice choice{GlobalBlock<void>(MakePrinterNameHan(name.c_str())),
-                  GlobalBlock<void>(GlobalAlloc(GLOBAL_ZEROFILL, size))};
+    Choice choice = NameAlone(std::string(record.printerName()).c_str());
+    if (choice.name)
+        choice.record.reset(
+            GlobalAlloc(GLOBAL_ZEROFILL, static_cast<int32_t>(RecordBytes(record.get()))));
     if (choice.record)
         memcpy(choice.record.get(), record.get(), record.bytes());
     return choice;
@@ -56,8 +61,9 @@ Choice ChoosePrinter(const char *name, const std::optional<RecordView> &other)
     PrinterPPDEntry *printer = OpenPrinterEntry(name);
     if (!printer)
         return {};
-    Choice choice{GlobalBlock<void>(MakePrinterNameHan(name)),
-                  GlobalBlock<void>(GetCopyOfDevmodeFromPPD(printer))};
+    Choice choice = NameAlone(name);
+    if (choice.name)
+        choice.record.reset(GetCopyOfDevmodeFromPPD(printer));
     if (choice.record && other)
         MergeDevModeSettings(*other, static_cast<DEVMODE *>(choice.record.get()));
     return choice;
