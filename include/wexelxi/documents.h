@@ -9,11 +9,11 @@
 /** \defgroup documents Document properties and the print dialog
  *  Each printer has current settings, which last until FreeLib and are stored nowhere: what a host
  *  wants kept it keeps as a record and brings back with DM_MODIFY. Records meet by being merged:
- * the target takes what its own printer can do and drops the rest, so that a record of another
- * printer, or of one that is gone, remains of use. Orientation, scale, copies, colour, duplex,
- * collation, dmFields and job sheets always pass; the paper if the target's printer has its code;
- * the bin if it has one of the same name; an option by its keyword and value names. Name, maker,
- * model, versions, size and shape of the target stay.
+ *  the target takes what its own printer can do and drops the rest, so that a record of another
+ *  printer, or of one that is gone, remains of use. Orientation, scale, copies, colour, duplex,
+ *  collation, dmFields and job sheets always pass; the paper if the target's printer has its code;
+ *  the bin if it has one of the same name; an option by its keyword and value names. Name, maker,
+ *  model, versions, size and shape of the target stay.
  *  @{ */
 
 #ifdef __cplusplus
@@ -112,14 +112,16 @@ WEXELXI_API void UpdatePPDDevMode(const char *printer, const char *instance, con
 /** Merges the settings of one record into another, which keeps its size.
  *  @param source  global memory of the record to read; unchanged.
  *  @param target  global memory of the record to change; when it is the source, nothing changes.
- *  Last error: 0; 2 or 13 if the PPD of a printer fails, and paper or bin then stay. Lock: yes. */
+ *  Last error: 0; 2 or 13 if the PPD of a printer fails, and paper or bin then stay; 8 if there is
+ *  no memory, and nothing is changed then; unchanged for a null handle. Lock: yes. */
 WEXELXI_API void CopyDevModeSettings(HGLOBAL source, HGLOBAL target);
 
 /** Makes a record read as its printer's settings did at the first question about that printer. A
  *  record of another size than those keeps its size, and its options change one by one as in a
  *  merge.
  *  @param record  the record; its dmDeviceName names the printer.
- *  Last error: 0; 1801 if the printer cannot be opened, and nothing is changed. Lock: yes. */
+ *  Last error: 0; 1801 if the printer cannot be opened, 8 if there is no memory, and nothing is
+ *  changed then. Lock: yes. */
 WEXELXI_API void RestoreDefaultDevmode(DEVMODE *record);
 
 /** Prepares a print dialog: the printer to start with, its settings, and the list of printers.
@@ -138,7 +140,7 @@ WEXELXI_API void RestoreDefaultDevmode(DEVMODE *record);
 WEXELXI_API BOOL GetDevModeAndPrinterNameForPrintDlg(const PRINTDLG *dialog, HGLOBAL *outName,
                                                      HGLOBAL *outDevMode, char **outList);
 
-/** An information context is a device context: as CreateDC. */
+/** An information context is a device context: as CreateDC. Last error: unchanged. Lock: no. */
 WEXELXI_API HDC CreateIC(LPCSTR driver, LPCSTR device, LPCSTR output, LPCVOID initData);
 
 /** \name Calls that do nothing

@@ -82,8 +82,8 @@ WEXELXI_FIELD(DCPAPERMARGINS, bottom, 12);
  *  @param name     printer name; copied.
  *  @param printer  receives the handle, ended by ClosePrinter; null on failure.
  *  @return TRUE; FALSE for a null argument or if there is no such destination and instance.
- *  Last error: 0; 87 for a null argument; 1801 for no such destination. Lock: yes, but not for a
- *  null argument. */
+ *  Last error: 0; 87 for a null argument; 1801 for no such destination; 8 if there is no memory.
+ *  Lock: yes, but not for a null argument. */
 WEXELXI_API BOOL OpenPrinter(const char *name, HPRINTER *printer);
 
 /** Tells the name of an opened destination. CUPS is not asked.
@@ -107,7 +107,8 @@ WEXELXI_API BOOL ClosePrinter(HPRINTER printer);
  *  @param selector  0 for the printers; anything else gives a list of the one word "cups", without
  *                   asking CUPS.
  *  @return printer names one straight behind the other, each with its NUL, and one further NUL;
- *          freed with FreePrinters. Null if there is no memory. Last error: unchanged. Lock: no. */
+ *          freed with FreePrinters. Null if there is no memory.
+ *  Last error: unchanged; 8 with null. Lock: no. */
 WEXELXI_API char *ListPrinters(uintptr_t selector);
 
 /** Frees a list; null does nothing. Last error: unchanged. Lock: no. */
@@ -127,7 +128,8 @@ WEXELXI_API uint32_t GetDefaultPrinterName(char *buffer, uint32_t size);
  *  @param printer  receives the handle, which is the library's and good until FreeLib; null on
  *                  failure. One name gives one handle.
  *  @return 0; -1 for failure.
- *  Last error: 0; 2 if the printer's PPD cannot be opened; 13 if it does not parse. Lock: yes. */
+ *  Last error: 0; 2 if the printer's PPD cannot be opened; 13 if it does not parse; 8 if there is
+ * no memory. Lock: yes. */
 WEXELXI_API int32_t OpenPrinterPPD(const char *name, HPRINTERPPD *printer);
 
 /** Does nothing; InitLib calls it. Last error: unchanged. Lock: no. */
@@ -146,8 +148,8 @@ WEXELXI_API void TermCUPS(void);
  *  @param buffer      receives the rows, at any address; or null.
  *  @param record      not used.
  *  @return the number of rows, or the number itself for DC_FIELDS and DC_COPIES; -1 for failure.
- *  Last error: unchanged for DC_FIELDS and DC_COPIES; else 0, 87 for an unknown capability, 2 or
- *  13 as OpenPrinterPPD. Lock: yes, but not for DC_FIELDS and DC_COPIES. */
+ *  Last error: unchanged for DC_FIELDS and DC_COPIES; else 0, 87 for an unknown capability, 2, 13
+ *  or 8 as OpenPrinterPPD. Lock: yes, but not for DC_FIELDS and DC_COPIES. */
 WEXELXI_API int32_t DeviceCapabilities(const char *name, const char *port, uint32_t capability,
                                        void *buffer, const DEVMODE *record);
 
@@ -182,7 +184,7 @@ WEXELXI_API void GetBinName(const DEVMODE *record, char *name);
  *  @param paperCode  a paper code; its low 16 bits count.
  *  @param left,top,right,bottom  receive the margins; untouched with FALSE.
  *  @return TRUE; FALSE if the printer fails or has no such paper.
- *  Last error: unchanged; 2 or 13 as OpenPrinterPPD. Lock: yes. */
+ *  Last error: unchanged; 2, 13 or 8 as OpenPrinterPPD. Lock: yes. */
 WEXELXI_API BOOL GetDeviceMarginInfo(const char *name, int32_t paperCode, int32_t *left,
                                      int32_t *top, int32_t *right, int32_t *bottom);
 
@@ -191,7 +193,7 @@ WEXELXI_API BOOL GetDeviceMarginInfo(const char *name, int32_t paperCode, int32_
  *  @param name      the destination's name, taken whole.
  *  @param instance  the instance, or null.
  *  @param record    the record.
- *  Last error: unchanged; 2 or 13 as OpenPrinterPPD. Lock: yes. */
+ *  Last error: unchanged; 2, 13 or 8 as OpenPrinterPPD. Lock: yes. */
 WEXELXI_API void UpdatePPD(const char *name, const char *instance, const DEVMODE *record);
 
 /** @} */
