@@ -3,6 +3,7 @@
 
 #include <new>
 
+#include "core/last_error.h"
 #include "core/lock.h"
 
 using namespace wexelxi;
@@ -13,10 +14,15 @@ void wexelxi::ReportHandle(const char *message, int32_t severity)
         report(message, severity);
 }
 
-static HDC NewDeviceContext(int32_t dpiX, int32_t dpiY)
+namespace {
+
+HDC NewDeviceContext(int32_t dpiX, int32_t dpiY)
 {
-    return new (std::nothrow) DeviceContext{dpiX, dpiY};
+    auto *context = new (std::nothrow) DeviceContext{dpiX, dpiY};
+    return context ? context : FailWith(ERROR_NOT_ENOUGH_MEMORY, context);
 }
+
+} // namespace
 
 HDC CreateDC(LPCSTR, LPCSTR, LPCSTR, LPCVOID)
 {

@@ -2,33 +2,30 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <utility>
 
 namespace wexelxi {
 
-static uint32_t HashOf(std::string_view text)
-{
-    return static_cast<uint32_t>(std::hash<std::string_view>()(text));
-}
-
 // The slot that holds the text, or the free one where it belongs.
-size_t ExtentCache::Generation::Place(std::string_view text, uint32_t hash) const
+size_t ExtentCache::Generation::Place(const Key &key) const
 {
     const size_t mask = slots_.size() - 1;
-    for (size_t place = hash & mask;; place = (place + 1) & mask) {
+    for (size_t place = key.hash & mask;; place = (place + 1) & mask) {
         const Slot &slot = slots_[place];
         if (slot.length == kNoText)
             return place;
-        if (slot.hash == hash && text == std::string_view(bytes_.data() + slot.offset, slot.length))
+        if (slot.hash == key.hash && slot.face == key.face &&
+            key.text == std::string_view(bytes_.data() + slot.offset, slot.length))
             return place;
     }
 }
 
-const ExtentCache::Slot *ExtentCache::Generation::Find(std::string_view text, uint32_t hash) const
+const ExtentCache::Slot *ExtentCache::Generation::Find(const Key &key) const
 {
     if (count_ == 0)
         return nullptr;
-    const Slot &slot = slots_[Place(text, hash)];
+    const Slot &slot = slots_[Place(key)];
     return slot.length == kNoText ? nullptr : &slot;
 }
 
@@ -37,14 +34,15 @@ bool ExtentCache::Generation::HasRoomFor(std::string_view text) const
     return count_ < kMostTexts && bytes_.size() + text.size() <= kMostBytes;
 }
 
-void ExtentCache::Generation::Add(std::string_view text, uint32_t hash, int32_t width)
+void ExtentCache::Generation::Add(const Key &key, int32_t width)
 {
     if (2 * (count_ + 1) > slots_.size())
         Grow();
-    Slot &slot = slots_[Place(text, hash)];
+    Slot &slot = slots_[Place(key)];
     if (slot.length == kNoText) {
-        slot = {hash, static_cast<uint32_t>(bytes_.size()), static_cast<uint32_t>(text.size()), 0};
-        bytes_ += text;
+        const auto offset = static_cast<uint32_t>(bytes_.size());
+        bytes_ += key.text;
+        slot = {key.hash, key.face, offset, static_cast<uint32_t>(key.text.size()), 0};
         count_++;
     }
     slot.width = width;
@@ -52,7 +50,7 @@ void ExtentCache::Generation::Add(std::string_view text, uint32_t hash, int32_t 
 
 void ExtentCache::Generation::Grow()
 {
-    std::vector<Slot> taken(std::max(size_t{16}, 2 * slots_.size()), Slot{0, 0, kNoText, 0});
+    std::vector<Slot> taken(std::max(size_t{16}, 2 * slots_.size()), kFree);
     slots_.swap(taken);
     const size_t mask = slots_.size() - 1;
     for (const Slot &slot : taken) {
@@ -67,43 +65,47 @@ void ExtentCache::Generation::Grow()
 
 void ExtentCache::Generation::Clear()
 {
-    std::fill(slots_.begin(), slots_.end(), Slot{0, 0, kNoText, 0});
+    std::fill(slots_.begin(), slots_.end(), kFree);
     bytes_.clear();
     count_ = 0;
 }
 
-std::optional<int32_t> ExtentCache::Find(std::string_view text)
+ExtentCache::Key ExtentCache::KeyOf(uint32_t face, std::string_view text)
 {
-    const uint32_t hash = HashOf(text);
-    if (const Slot *slot = young_.Find(text, hash))
+    const size_t hash = std::hash<std::string_view>()(text);
+    return {static_cast<uint32_t>(hash) ^ (face * 0x9E3779B1u), face, text};
+}
+
+std::optional<int32_t> ExtentCache::Find(uint32_t face, std::string_view text) noexcept
+{
+    const Key key = KeyOf(face, text);
+    if (const Slot *slot = young_.Find(key))
         return slot->width;
-    const Slot *slot = old_.Find(text, hash);
+    const Slot *slot = old_.Find(key);
     if (!slot)
         return std::nullopt;
     const int32_t width = slot->width;
-    AddToYoung(text, hash, width);
+    AddToYoung(key, width);
     return width;
 }
 
-void ExtentCache::Store(std::string_view text, int32_t width)
+void ExtentCache::Store(uint32_t face, std::string_view text, int32_t width) noexcept
 {
     if (text.size() <= kLongestText)
-        AddToYoung(text, HashOf(text), width);
+        AddToYoung(KeyOf(face, text), width);
 }
 
-void ExtentCache::Clear()
+void ExtentCache::AddToYoung(const Key &key, int32_t width) noexcept
 {
-    young_.Clear();
-    old_.Clear();
-}
-
-void ExtentCache::AddToYoung(std::string_view text, uint32_t hash, int32_t width)
-{
-    if (!young_.HasRoomFor(text)) {
+    if (!young_.HasRoomFor(key.text)) {
         std::swap(young_, old_);
         young_.Clear();
     }
-    young_.Add(text, hash, width);
+    try {
+        young_.Add(key, width);
+    } catch (const std::bad_alloc &) {
+        // A text that is not remembered is measured anew.
+    }
 }
 
 } // namespace wexelxi

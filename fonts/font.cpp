@@ -1,27 +1,80 @@
-// Font objects: made from the font that the search finds, kept in buckets, reused when deleted. The
-// global lock guards buckets and records.
+// Font objects: records that share a face, kept in buckets, reused when deleted. The global lock
+// guards buckets and records.
 #include "fonts/font.h"
 
-#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <utility>
 
 #include "core/lock.h"
-#include "fonts/catalogue.h"
+#include "core/no_memory.h"
 #include "fonts/device_context.h"
-#include "fonts/search.h"
 
 using namespace wexelxi;
 
-static constexpr size_t kBuckets = 32;
-static FontRecord *gFontBuckets[kBuckets];
-static FontRecord *gFreeFonts = nullptr; // deleted records, the latest first
+namespace {
 
-static FontRecord *&BucketOf(const void *record)
+// Heads of the chains of live fonts. There come to be more of them as fonts grow in number, for a
+// check to stay one short walk.
+constexpr size_t kFirstBuckets = 32;
+FontRecord *gFirstBuckets[kFirstBuckets];
+FontRecord **gFontBuckets = gFirstBuckets;
+size_t gBuckets = kFirstBuckets; // a power of two
+size_t gLiveFonts = 0;
+FontRecord *gFreeFonts = nullptr; // deleted records, the latest first
+
+FontRecord *&BucketOf(const void *record)
 {
-    return gFontBuckets[(reinterpret_cast<uintptr_t>(record) >> 4) % kBuckets];
+    return gFontBuckets[(reinterpret_cast<uintptr_t>(record) >> 4) & (gBuckets - 1)];
 }
+
+void Push(FontRecord *&list, FontRecord *record)
+{
+    record->next = std::exchange(list, record);
+}
+
+FontRecord *Pop(FontRecord *&list)
+{
+    FontRecord *record = list;
+    if (record)
+        list = std::exchange(record->next, nullptr);
+    return record;
+}
+
+// Moves all fonts to so many buckets, which were allocated or are the first ones.
+void MoveTo(FontRecord **buckets, size_t count)
+{
+    FontRecord **const old = std::exchange(gFontBuckets, buckets);
+    const size_t oldCount = std::exchange(gBuckets, count);
+    for (size_t i = 0; i < oldCount; i++) {
+        while (FontRecord *record = Pop(old[i]))
+            Push(BucketOf(record), record);
+    }
+    if (old != gFirstBuckets)
+        delete[] old;
+}
+
+void TakeIntoBucket(FontRecord *record)
+{
+    if (++gLiveFonts > gBuckets) {
+        // Without memory for more the chains grow longer.
+        if (auto **more = new (std::nothrow) FontRecord *[2 * gBuckets]())
+            MoveTo(more, 2 * gBuckets);
+    }
+    Push(BucketOf(record), record);
+}
+
+void TakeOffBucket(FontRecord *record)
+{
+    FontRecord **link = &BucketOf(record);
+    while (*link != record)
+        link = &(*link)->next;
+    *link = std::exchange(record->next, nullptr);
+    gLiveFonts--;
+}
+
+} // namespace
 
 bool wexelxi::FontIsValid(HFONT font)
 {
@@ -33,122 +86,40 @@ bool wexelxi::FontIsValid(HFONT font)
     return record != nullptr;
 }
 
-static void Push(FontRecord *&list, FontRecord *record)
-{
-    record->next = std::exchange(list, record);
-}
-
-static FontRecord *Pop(FontRecord *&list)
-{
-    FontRecord *record = list;
-    if (record)
-        list = std::exchange(record->next, nullptr);
-    return record;
-}
-
-static void TakeOffBucket(FontRecord *record)
-{
-    FontRecord **link = &BucketOf(record);
-    while (*link != record)
-        link = &(*link)->next;
-    *link = std::exchange(record->next, nullptr);
-}
-
 void wexelxi::FreeAllFonts()
 {
     while (FontRecord *record = Pop(gFreeFonts))
         delete record;
-    for (FontRecord *&bucket : gFontBuckets) {
-        while (FontRecord *record = Pop(bucket))
+    for (size_t i = 0; i < gBuckets; i++) {
+        while (FontRecord *record = Pop(gFontBuckets[i]))
             delete record;
     }
-}
-
-// Pango units rounded up to whole ones.
-static int32_t WholeUnits(int units)
-{
-    return static_cast<int32_t>((int64_t{units} + PANGO_SCALE - 1) >> 10);
-}
-
-static int32_t TimesPangoScale(int32_t points)
-{
-    return static_cast<int32_t>(static_cast<uint32_t>(points) * uint32_t{PANGO_SCALE});
-}
-
-// The description of a found font at a size. Pango refuses a negative size aloud and leaves the
-// description without one; here that happens in silence. It ends the process over a font without
-// any family, which a configuration can produce.
-static DescriptionPtr Describe(FcPattern *pattern, int32_t height)
-{
-    FcValue family;
-    const bool named = FcPatternGet(pattern, FC_FAMILY, 0, &family) == FcResultMatch;
-    DescriptionPtr description(named ? pango_fc_font_description_from_pattern(pattern, FALSE)
-                                     : pango_font_description_new());
-    if (const int32_t size = TimesPangoScale(height); size >= 0)
-        pango_font_description_set_size(description.get(), size);
-    return description;
-}
-
-// Asks Pango for everything that the record keeps of the font's measures.
-static void Measure(FontRecord &record, int32_t resolution)
-{
-    const MetricsPtr metrics(pango_font_get_metrics(record.font.get(), nullptr));
-    record.ascent = WholeUnits(pango_font_metrics_get_ascent(metrics.get()));
-    record.descent = WholeUnits(pango_font_metrics_get_descent(metrics.get()));
-    record.averageWidth = WholeUnits(pango_font_metrics_get_approximate_char_width(metrics.get()));
-    record.lineHeight = resolution / 96 + record.ascent + record.descent;
-    pango_layout_set_text(record.layout.get(), "W", 1);
-    pango_layout_get_pixel_size(record.layout.get(), &record.maxWidth, nullptr);
-}
-
-static void Fill(FontRecord &record, const LOGFONT &logfont, std::string family, FcPattern *pattern,
-                 PangoFontMap *map, int32_t resolution)
-{
-    record.description = Describe(pattern, logfont.lfHeight);
-    record.context.reset(pango_font_map_create_context(map));
-    record.layout.reset(pango_layout_new(record.context.get()));
-    record.font.reset(
-        pango_font_map_load_font(map, record.context.get(), record.description.get()));
-    pango_layout_set_font_description(record.layout.get(), record.description.get());
-    record.bold = logfont.lfWeight >= FW_BOLD;
-    record.italic = logfont.lfItalic;
-    record.underline = logfont.lfUnderline;
-    Measure(record, resolution);
-    record.pitchFlags = static_cast<uint8_t>((IsMonospaced(pattern) ? 0 : TMPF_FIXED_PITCH) |
-                                             (IsOutline(pattern) ? TMPF_TRUETYPE : TMPF_VECTOR));
-    if (const char *file = FileOf(pattern))
-        record.filePath = file;
-    record.family = std::move(family);
-}
-
-static FontRecord *NewRecord()
-{
-    FontRecord *record = Pop(gFreeFonts);
-    if (!record)
-        record = new (std::nothrow) FontRecord;
-    if (record)
-        Push(BucketOf(record), record);
-    return record;
+    gLiveFonts = 0;
+    if (gFontBuckets != gFirstBuckets)
+        MoveTo(gFirstBuckets, kFirstBuckets);
 }
 
 HFONT CreateFontIndirect(const LOGFONT *logfont)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    std::string family(logfont->lfFaceName, strnlen(logfont->lfFaceName, LF_FACESIZE));
-    PatternPtr pattern = FindFont(family, logfont->lfWeight, logfont->lfItalic != 0);
-    if (!pattern)
-        pattern = ShareOf(DefaultFontPattern());
-
-    const DeviceContext *context = FromHandle(logfont->lfDC);
-    const int32_t resolution = context ? context->dpiY : gLOGPIXELSY;
-    PangoFontMap *map = context ? FontMapFor(resolution) : ScreenFontMap();
-    if (!pattern || !map)
-        return nullptr;
-    FontRecord *record = NewRecord();
-    if (record)
-        Fill(*record, *logfont, std::move(family), pattern.get(), map, resolution);
-    return record;
+    return OrNoMemory(HFONT(), [&]() -> HFONT {
+        const DeviceContext *context = FromHandle(logfont->lfDC);
+        FacePtr face = FaceFor(*logfont, context ? context->dpiY : 0);
+        if (!face)
+            return nullptr;
+        FontRecord *record = Pop(gFreeFonts);
+        if (!record)
+            record = new FontRecord;
+        const int32_t resolution = context ? context->dpiY : gLOGPIXELSY;
+        record->lineHeight = resolution / 96 + face->ascent + face->descent;
+        record->face = std::move(face);
+        record->bold = logfont->lfWeight >= FW_BOLD;
+        record->italic = logfont->lfItalic;
+        record->underline = logfont->lfUnderline;
+        TakeIntoBucket(record);
+        return record;
+    });
 }
 
 HFONT CreateFont(int32_t height, int32_t width, int32_t escapement, int32_t orientation,
@@ -197,17 +168,9 @@ BOOL DeleteObject(HGDIOBJ object)
         return TRUE;
     }
     TakeOffBucket(record);
-    *record = FontRecord(); // gives back all that it owned
+    record->face.reset();
     Push(gFreeFonts, record);
     return TRUE;
-}
-
-template <size_t Size>
-static void CopyCut(char (&field)[Size], const std::string &text)
-{
-    const size_t length = std::min(text.size(), Size - 1);
-    memcpy(field, text.data(), length);
-    field[length] = '\0';
 }
 
 void GetFontInfo(HFONT font, FontInfoRecord *info)
@@ -217,11 +180,12 @@ void GetFontInfo(HFONT font, FontInfoRecord *info)
         ReportHandle("Invalid HFONT passed to GetFontInfo", 0);
         return;
     }
-    CopyCut(info->family, record->family);
-    CopyCut(info->filePath, record->filePath);
-    info->height = record->ascent + record->descent;
-    info->ascent = record->ascent;
-    info->descent = record->descent;
+    const Face &face = *record->face;
+    snprintf(info->family, sizeof info->family, "%s", face.family.c_str());
+    snprintf(info->filePath, sizeof info->filePath, "%s", face.filePath.c_str());
+    info->height = face.ascent + face.descent;
+    info->ascent = face.ascent;
+    info->descent = face.descent;
     info->bold = record->bold;
     info->italic = record->italic;
     info->underline = record->underline;

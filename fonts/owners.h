@@ -5,6 +5,7 @@
 #include <memory>
 #include <pango/pangofc-fontmap.h>
 #include <pango/pangoft2.h>
+#include <span>
 
 #include "core/owners.h"
 
@@ -15,6 +16,7 @@ using PatternPtr = std::unique_ptr<FcPattern, ReleaseWith<FcPatternDestroy>>;
 using FontSetPtr = std::unique_ptr<FcFontSet, ReleaseWith<FcFontSetDestroy>>;
 using ObjectSetPtr = std::unique_ptr<FcObjectSet, ReleaseWith<FcObjectSetDestroy>>;
 
+using FontMapPtr = std::unique_ptr<PangoFontMap, ReleaseWith<g_object_unref>>;
 using DescriptionPtr =
     std::unique_ptr<PangoFontDescription, ReleaseWith<pango_font_description_free>>;
 using MetricsPtr = std::unique_ptr<PangoFontMetrics, ReleaseWith<pango_font_metrics_unref>>;
@@ -28,6 +30,13 @@ inline PatternPtr ShareOf(FcPattern *pattern)
     if (pattern)
         FcPatternReference(pattern);
     return PatternPtr(pattern);
+}
+
+inline std::span<FcPattern *const> FontsOf(const FcFontSet *set)
+{
+    if (!set || set->nfont <= 0)
+        return {};
+    return {set->fonts, static_cast<size_t>(set->nfont)};
 }
 
 inline const FcChar8 *FcText(const char *text)

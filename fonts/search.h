@@ -1,19 +1,25 @@
-// Finds the font file for a family, a weight and a slant. The global lock guards what it remembers.
+// Finds the font file for a family, a weight and a slant. Pure but for the pattern of last resort,
+// which is none at first, is set once, by the first enumeration that finds a font, and stays until
+// the fonts end. The global lock guards it.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "fonts/owners.h"
 
 namespace wexelxi {
 
-// The pattern of the best outline font of exactly that family, or null. It bears family, weight,
-// slant, file, outline and spacing as far as the font has them.
-PatternPtr FindFont(const std::string &family, int32_t weight, bool italic);
+// The pattern of the best outline font of exactly that family, null where there is none; nothing
+// if fontconfig has no memory. It bears family, weight, slant, file, outline and spacing as far as
+// the font has them.
+std::optional<PatternPtr> FindFont(FcConfig *config, const std::string &family, int32_t weight,
+                                   bool italic);
 
-// Takes note of the fonts that there are now, or of none, and drops every remembered answer.
-void StartSearches();
-void EndSearches();
+// What a font falls back to when its family is not found, or null. The first one set stays.
+FcPattern *LastResort();
+void SetLastResort(const FcPattern *font);
+void ForgetLastResort();
 
 // A pattern's file, or null; it belongs to the pattern.
 const char *FileOf(const FcPattern *font);

@@ -4,8 +4,12 @@
 
 using namespace wexelxi;
 
+namespace {
+
 // Settings of the library under indexes of its own.
 enum { kFileModeIndex = 1000, kPrinterXMarginIndex = 1001, kPrinterYMarginIndex = 1002 };
+
+} // namespace
 
 int32_t GetSystemMetrics(int32_t index)
 {

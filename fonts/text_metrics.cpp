@@ -44,31 +44,6 @@ std::string_view MeasuredText(LPCSTR text, int32_t count)
     return {text, strnlen(text, most)};
 }
 
-int32_t LayOut(PangoLayout *layout, std::string_view text)
-{
-    // A text too long to remember stays in the layout, which knows its size.
-    if (text.size() <= ExtentCache::kLongestText || text != pango_layout_get_text(layout))
-        pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
-    int width = 0;
-    pango_layout_get_pixel_size(layout, &width, nullptr);
-    return width;
-}
-
-int32_t WidthOf(FontRecord &font, std::string_view text)
-{
-    // The serial by which Pango tells that a laid-out text is out of date.
-    const uint32_t serial = pango_context_get_serial(font.context.get());
-    if (serial != font.extentsSerial) {
-        font.extents.Clear();
-        font.extentsSerial = serial;
-    }
-    if (const auto known = font.extents.Find(text))
-        return *known;
-    const int32_t width = LayOut(font.layout.get(), text);
-    font.extents.Store(text, width);
-    return width;
-}
-
 } // namespace
 
 BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics)
@@ -80,15 +55,16 @@ BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics)
                            "HDC with no selected font passed to GetTextMetrics",
                            "Invalid HFONT selected into HDC passed to GetTextMetrics"});
     if (font) {
-        metrics->tmHeight = font->ascent + font->descent;
-        metrics->tmAscent = font->ascent;
-        metrics->tmDescent = font->descent;
+        const Face &face = *font->face;
+        metrics->tmHeight = face.ascent + face.descent;
+        metrics->tmAscent = face.ascent;
+        metrics->tmDescent = face.descent;
         metrics->tmExternalLeading = font->lineHeight - metrics->tmHeight;
-        metrics->tmAveCharWidth = font->averageWidth;
-        metrics->tmMaxCharWidth = font->maxWidth;
+        metrics->tmAveCharWidth = face.averageWidth;
+        metrics->tmMaxCharWidth = face.maxWidth;
         metrics->tmWeight = font->bold ? FW_BOLD : 0;
         metrics->tmItalic = font->italic;
-        metrics->tmPitchAndFamily = font->pitchFlags;
+        metrics->tmPitchAndFamily = face.pitchFlags;
     }
     metrics->tmLastChar = 0xFF;
     metrics->tmDefaultChar = ' ';
@@ -100,14 +76,14 @@ BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics)
 BOOL GetTextExtentPoint32(HDC hdc, LPCSTR text, int32_t count, SIZE *size)
 {
     LockScope lock;
-    FontRecord *font =
+    const FontRecord *font =
         SelectedFont(hdc, {"NULL HDC passed to GetTextExtentPoint32",
                            "HDC with no selected font passed to GetTextExtentPoint32",
                            "Invalid HFONT selected into HDC passed to GetTextExtentPoint32"});
     if (font) {
-        const int32_t width = WidthOf(*font, MeasuredText(text, count));
+        const int32_t width = WidthOf(*font->face, MeasuredText(text, count));
         size->cx = width != 0 ? width : 1;
-        size->cy = font->ascent + font->descent;
+        size->cy = font->face->ascent + font->face->descent;
     }
     return TRUE;
 }

@@ -52,31 +52,30 @@ TEST(ExtentCache, NeverTellsAWrongWidthAndStaysBounded)
     std::mt19937 random(1);
     ExtentCache cache;
     size_t hits = 0;
-    for (int i = 0; i < 200000; i++) {
+    for (int i = 0; i < 400000; i++) {
         // Few texts often, many rarely, now and then a long one.
         const auto number = static_cast<int32_t>(random() % (random() % 2 ? 1000 : 100000));
+        const auto face = static_cast<uint32_t>(random() % 3);
         std::string text = std::to_string(number);
         if (number % 50 == 0)
             text.resize(static_cast<size_t>(number) % 20000 + 10, '.');
-        if (const auto width = cache.Find(text)) {
-            ASSERT_EQ(*width, number);
+        const int32_t width = 3 * number + static_cast<int32_t>(face);
+        if (const auto known = cache.Find(face, text)) {
+            ASSERT_EQ(*known, width);
             hits++;
         } else {
-            cache.Store(text, number);
+            cache.Store(face, text, width);
         }
     }
-    EXPECT_GT(hits, 40000u);
+    EXPECT_GT(hits, 80000u);
     size_t kept = 0;
     for (int32_t number = 0; number < 100000; number++)
-        kept += cache.Find(std::to_string(number)).has_value();
+        kept += cache.Find(0, std::to_string(number)).has_value();
     EXPECT_LE(kept, 2 * ExtentCache::kMostTexts);
-    cache.Store("text", 4);
-    cache.Clear();
-    EXPECT_FALSE(cache.Find("text"));
-    cache.Store(std::string(ExtentCache::kLongestText + 1, 'x'), 1);
-    EXPECT_FALSE(cache.Find(std::string(ExtentCache::kLongestText + 1, 'x')));
-    cache.Store(std::string(ExtentCache::kLongestText, 'x'), 1);
-    EXPECT_TRUE(cache.Find(std::string(ExtentCache::kLongestText, 'x')));
+    cache.Store(7, std::string(ExtentCache::kLongestText + 1, 'x'), 1);
+    EXPECT_FALSE(cache.Find(7, std::string(ExtentCache::kLongestText + 1, 'x')));
+    cache.Store(7, std::string(ExtentCache::kLongestText, 'x'), 1);
+    EXPECT_TRUE(cache.Find(7, std::string(ExtentCache::kLongestText, 'x')));
 }
 
 } // namespace

@@ -47,21 +47,21 @@ typedef void *HDC;  /**< A device context; ended by DeleteDC or ReleaseDC. */
 
 /** Makes a device context of 254 dots per inch, tenths of a millimetre. The arguments are not read.
  *  @return the device context, which the caller owns; null if there is no memory.
- *  Last error: unchanged. Lock: no. */
+ *  Last error: unchanged, or ERROR_NOT_ENOUGH_MEMORY. Lock: no. */
 WEXELXI_API HDC CreateDC(LPCSTR driver, LPCSTR device, LPCSTR output, LPCVOID initData);
 
-/** As CreateDC, of 25400 dots per inch, micrometres. Last error: unchanged. Lock: no. */
+/** As CreateDC, of 25400 dots per inch, micrometres. Last error: as CreateDC. Lock: no. */
 WEXELXI_API HDC CreateDC25400(LPCSTR driver, LPCSTR device, LPCSTR output, LPCVOID initData);
 
 /** Makes a device context of 1440 dots per inch, twips. The window is not read.
  *  @return the device context, which the caller owns; null if there is no memory.
- *  Last error: unchanged. Lock: no. */
+ *  Last error: as CreateDC. Lock: no. */
 WEXELXI_API HDC GetDC(HWND window);
 
 /** Makes a device context of the screen's resolution, gLOGPIXELSX by gLOGPIXELSY as they stand now.
  *  @param hdc  not read.
  *  @return the device context, which the caller owns; null if there is no memory.
- *  Last error: unchanged. Lock: no. */
+ *  Last error: as CreateDC. Lock: no. */
 WEXELXI_API HDC CreateCompatibleDC(HDC hdc);
 
 /** Frees a device context of any creator. A font selected into it lives on.

@@ -170,7 +170,7 @@ WEXELXI_FIELD(FontInfoRecord, underline, 4239);
  *                  walks the bold fonts, any other value the regular and the light ones. lfDC must
  *                  be null or alive.
  *  @return the font, ended by DeleteObject; null if there is none, before InitFonts, and if there
- * is no memory. Last error: 0. Lock: yes. */
+ *          is no memory. Last error: 0, or ERROR_NOT_ENOUGH_MEMORY. Lock: yes. */
 WEXELXI_API HFONT CreateFontIndirect(const LOGFONT *logfont);
 
 /** CreateFontIndirect for the screen's resolution, with the fields as arguments.
@@ -180,7 +180,7 @@ WEXELXI_API HFONT CreateFontIndirect(const LOGFONT *logfont);
  *  @param underline as lfUnderline.
  *  @param faceName  family, at most 128 bytes of it are read; null: the empty name.
  *  The others are not used.
- *  @return as CreateFontIndirect. Last error: 0. Lock: yes. */
+ *  @return as CreateFontIndirect. Last error: 0, or ERROR_NOT_ENOUGH_MEMORY. Lock: yes. */
 WEXELXI_API HFONT CreateFont(int32_t height, int32_t width, int32_t escapement, int32_t orientation,
                              int32_t weight, uint8_t italic, uint8_t underline, uint8_t strikeOut,
                              uint8_t charSet, uint8_t outPrecision, uint8_t clipPrecision,
@@ -189,7 +189,7 @@ WEXELXI_API HFONT CreateFont(int32_t height, int32_t width, int32_t escapement, 
 /** Selects a font into a device context, which does not own it.
  *  @param hdc     the device context; must not be null.
  *  @param object  a font; null deselects. Any other pointer changes nothing, gives null, and
- * "Invalid HFONT passed to SelectObject" to the hook, severity 0.
+ *                 "Invalid HFONT passed to SelectObject" to the hook, severity 0.
  *  @return the font that was selected before, or null. Last error: unchanged. Lock: yes. */
 WEXELXI_API HGDIOBJ SelectObject(HDC hdc, HGDIOBJ object);
 
@@ -200,9 +200,9 @@ WEXELXI_API HGDIOBJ SelectObject(HDC hdc, HGDIOBJ object);
 WEXELXI_API BOOL DeleteObject(HGDIOBJ object);
 
 /** Tells what a font was asked for and which file it uses. Must not run beside CreateFontIndirect
- * or DeleteObject on another thread.
+ *  or DeleteObject on another thread.
  *  @param font  a font; anything else writes nothing and gives "Invalid HFONT passed to
- * GetFontInfo" to the hook, severity 0.
+ *               GetFontInfo" to the hook, severity 0.
  *  @param info  receives the answer.
  *  Last error: unchanged. Lock: no. */
 WEXELXI_API void GetFontInfo(HFONT font, FontInfoRecord *info);
@@ -214,7 +214,7 @@ WEXELXI_API void GetFontInfo(HFONT font, FontInfoRecord *info);
  *  @param metrics  receives all 56 bytes.
  *  @return TRUE always. No selected font reports "HDC with no selected font passed to
  *          GetTextMetrics", severity 1; then, as for a deleted one, "Invalid HFONT selected into
- * HDC passed to GetTextMetrics", severity 0. Last error: unchanged. Lock: yes. */
+ *          HDC passed to GetTextMetrics", severity 0. Last error: unchanged. Lock: yes. */
 WEXELXI_API BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics);
 
 /** Measures a text in the selected font.
@@ -243,8 +243,8 @@ WEXELXI_API BOOL TextOut(HDC hdc, int32_t x, int32_t y, LPCSTR text, int32_t cou
 typedef int32_t (*FONTENUMPROC)(const LOGFONT *logfont, const TEXTMETRIC *metrics,
                                 uint32_t fontType, LPARAM data);
 
-/** Starts the fonts: fontconfig, and a font map for each resolution, the screen's at gLOGPIXELSY.
- *  InitLib calls it; a host may do so again, which makes the maps anew.
+/** Starts the fonts: fontconfig, and font maps, the screen's at gLOGPIXELSY. InitLib calls it; a
+ *  host may do so again, which makes the maps anew.
  *  @return 0; 3 if fontconfig cannot start. Last error: unchanged. Lock: no. */
 WEXELXI_API int32_t InitFonts(void);
 
@@ -253,13 +253,13 @@ WEXELXI_API int32_t InitFonts(void);
 WEXELXI_API void TermFonts(void);
 
 /** Calls back for each installed font of a family. The first enumeration that finds a font makes
- * its first one the last resort of CreateFontIndirect.
+ *  its first one the last resort of CreateFontIndirect.
  *  @param hdc       not read.
  *  @param family    the family; null: every font.
  *  @param callback  gets the fonts.
  *  @param data      handed on.
- *  @return what the last call of callback returned; 0 without one. Last error: unchanged.
- *          Lock: yes, held across the callbacks. */
+ *  @return what the last call of callback returned; 0 without one. Last error: unchanged, or
+ *          ERROR_NOT_ENOUGH_MEMORY. Lock: yes, held across the callbacks. */
 WEXELXI_API int32_t EnumFonts(HDC hdc, LPCSTR family, FONTENUMPROC callback, LPARAM data);
 
 /** @} */
