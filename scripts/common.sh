@@ -1,42 +1,112 @@
-# Shared by the scripts: progress lines, and packages that are installed when missing.
-# Sourced, with the project's folder as the current one.
+# shellcheck shell=bash
+# Shared by the scripts, which source it first: the project's folder as the current one, tools that
+# speak English and are found, progress lines, a last line for each failure, and packages.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# A login's PATH may lack the folders of the system's tools.
+PATH=$PATH:/usr/local/sbin:/usr/sbin:/sbin
+USER_LC_ALL=${LC_ALL-}
+export PATH LC_ALL=C
 
 say() {
     printf '== %s\n' "$*"
 }
 
+# fail WHAT-AND-WHAT-TO-DO is the one way out of a failure.
 fail() {
     printf 'FAILED: %s\n' "$*" >&2
+    told=1
     exit 1
+}
+
+# at_end COMMAND has the command run when the script ends, however it does.
+told=
+endings=(:)
+at_end() {
+    endings+=("$1")
+}
+
+end() {
+    local status=$? command=$BASH_COMMAND ending
+    trap - EXIT
+    for ending in "${endings[@]}"; do
+        eval "$ending" || true
+    done
+    [ "$status" -eq 0 ] || [ -n "$told" ] ||
+        printf 'FAILED: %s ended with %d at: %s\n' "$0" "$status" "$command" >&2
+    exit "$status"
+}
+trap end EXIT
+
+# scratch_folder VARIABLE makes a folder that goes when the script ends.
+scratch_folder() {
+    local made
+    made=$(mktemp -d) || fail "no temporary folder; free some room, or set TMPDIR to a folder with room"
+    printf -v "$1" %s "$made"
+    at_end "rm -rf '$made'"
+}
+
+# alone: this script runs once at a time in this checkout, which it can write.
+alone() {
+    mkdir -p build 2>/dev/null || true
+    [ -w build ] ||
+        fail "$PWD/build cannot be written; copy the checkout to a folder of your own and run $0 there"
+    exec 9>"build/.${0##*/}.lock"
+    flock -n 9 || fail "another $0 runs in this checkout; wait until it has ended"
+}
+
+# sources PATTERN... lists the project's files of such names, each with a zero behind it.
+sources() {
+    local names=(-name "$1") pattern
+    shift
+    for pattern in "$@"; do
+        names+=(-o -name "$pattern")
+    done
+    find . -name build -prune -o -name '.?*' -prune -o -type f '(' "${names[@]}" ')' -print0
 }
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then
         "$@"
     else
-        sudo -n "$@" || fail "this needs root or sudo without a password: $*"
+        sudo -n "$@"
     fi
+}
+
+# apt LOG ARGUMENT... runs apt-get, after whoever else is installing packages.
+apt() {
+    local log=$1 attempt
+    shift
+    for attempt in $(seq 60); do
+        as_root env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get -q -y "$@" >"$log" 2>&1 9>&- && return
+        grep -q 'Could not get lock' "$log" || return 1
+        [ "$attempt" -gt 1 ] || say "another program installs packages; waiting for it, 10 minutes at most"
+        sleep 10
+    done
+    return 1
 }
 
 # install_packages NAME... installs those that the machine lacks, and asks nothing.
 install_packages() {
-    local missing=() name
+    local missing=() name log command
     for name in "$@"; do
         dpkg-query -W -f '${Status}' "$name" 2>/dev/null | grep -q '^install ok installed' ||
             missing+=("$name")
     done
     [ "${#missing[@]}" -eq 0 ] && return 0
+    command="apt-get install --no-install-recommends ${missing[*]}"
+    command -v apt-get >/dev/null ||
+        fail "no apt-get here; install what your system calls these packages, and run $0 again: ${missing[*]}"
+    as_root true 2>/dev/null ||
+        fail "packages are missing, and installing them needs root, or sudo without a password. Have root run this, then run $0 again: $command"
     say "installing ${missing[*]}"
-    command -v apt-get >/dev/null || fail "no apt-get here; install these yourself: ${missing[*]}"
-    local log
-    log=$(mktemp)
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q update >"$log" 2>&1 || true
-    if ! as_root env DEBIAN_FRONTEND=noninteractive \
-        apt-get -q -y --no-install-recommends install "${missing[@]}" >>"$log" 2>&1; then
-        tail -n 20 "$log" >&2
-        fail "apt-get could not install the packages"
-    fi
-    rm -f "$log"
+    scratch_folder log
+    apt "$log/update" update || say "apt-get update failed; going on with the lists that are there"
+    apt "$log/install" --no-install-recommends install "${missing[@]}" || {
+        tail -n 20 "$log"/* >&2
+        fail "the packages could not be installed: see above, look whether this machine reaches its package mirror, and run as root: apt-get update && $command"
+    }
 }
 
 # run LABEL COMMAND... shows the label, keeps the output, and shows it only when the command fails.
@@ -57,9 +127,8 @@ run() {
 }
 
 # What building the library takes, what the demo shows, and what the tests use on top of it.
-BUILD_PACKAGES=(g++ cmake ninja-build pkg-config
-    libcups2-dev libfontconfig-dev libpango1.0-dev libglib2.0-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libcups2-dev libfontconfig-dev libpango1.0-dev)
 DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client hp-ppd socat)
-TEST_PACKAGES=(libgtest-dev libbenchmark-dev clang-format clang-tidy procps python3
+TEST_PACKAGES=(libgtest-dev libbenchmark-dev socat clang-format clang-tidy procps python3
     cups-daemon cups-client xz-utils hp-ppd openprinting-ppds foomatic-db-compressed-ppds
-    fonts-dejavu-core fonts-urw-base35 doxygen abigail-tools dpkg-dev file)
+    fonts-dejavu-core fonts-urw-base35 doxygen abigail-tools dpkg-dev file lintian shellcheck)

@@ -1,4 +1,6 @@
-# A print scheduler of one's own: configuration, socket and folders in a scratch folder. Sourced.
+# shellcheck shell=bash
+# A print scheduler of one's own: configuration, socket and folders in a scratch folder. Sourced behind
+# common.sh.
 
 # start_private_cups FOLDER starts it and points CUPS_SERVER at its socket.
 start_private_cups() {
@@ -39,19 +41,19 @@ LogLevel warn
   </Limit>
 </Policy>
 CONF
-    /usr/sbin/cupsd -f -c "$folder/cupsd.conf" -s "$folder/cups-files.conf" >"$folder/log/out" 2>&1 &
+    : >"$folder/log/error"
+    cupsd -f -c "$folder/cupsd.conf" -s "$folder/cups-files.conf" >"$folder/log/out" 2>&1 9>&- &
     PRIVATE_CUPS_PID=$!
+    at_end stop_private_cups
     export CUPS_SERVER=$folder/socket HOME=$folder
-    local i
-    for i in $(seq 100); do
+    for _ in $(seq 100); do
         lpstat -r 2>/dev/null | grep -q 'is running' && return 0
         sleep 0.1
     done
     cat "$folder/log/out" "$folder/log/error" >&2
-    return 1
+    fail "the print scheduler cupsd does not start; see above why"
 }
 
 stop_private_cups() {
-    [ -n "${PRIVATE_CUPS_PID:-}" ] && kill "$PRIVATE_CUPS_PID" 2>/dev/null && wait "$PRIVATE_CUPS_PID" 2>/dev/null
-    PRIVATE_CUPS_PID=
+    kill "$PRIVATE_CUPS_PID" 2>/dev/null && wait "$PRIVATE_CUPS_PID" 2>/dev/null
 }

@@ -1,6 +1,7 @@
 // The folder of jobs: what is in it, and where finished notes go.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

@@ -1,6 +1,7 @@
 // The note's language: date text by its pictures, and the host's 8-bit code page.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 struct Language {
