@@ -1,12 +1,30 @@
-# What cmake --install and cpack put where: a runtime component and a development component.
+# What cmake --install puts where: a runtime component and a development component.
 include(CMakePackageConfigHelpers)
+set(runtime_doc ${CMAKE_INSTALL_DATAROOTDIR}/doc/libhwexelxi)
+set(dev_doc ${CMAKE_INSTALL_DATAROOTDIR}/doc/libhwexelxi-dev)
+
+# Makes compressed/NAME.gz in the build.
+function(compress file)
+  get_filename_component(name ${file} NAME)
+  set(copy ${PROJECT_BINARY_DIR}/compressed/${name})
+  add_custom_command(OUTPUT ${copy}.gz DEPENDS ${PROJECT_SOURCE_DIR}/${file}
+    COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/${file} ${copy}
+    COMMAND gzip -9nf ${copy} VERBATIM)
+  add_custom_target(compressed_${name} ALL DEPENDS ${copy}.gz)
+endfunction()
 
 install(TARGETS hwexelxi EXPORT wexelxi LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
-# The tool finds the library beside it, wherever the tree has moved.
-set_target_properties(wexelxi-info PROPERTIES
-  INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS wexelxi-info RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
-install(FILES tools/wexelxi-info.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+compress(tools/wexelxi-info.1)
+install(FILES ${PROJECT_BINARY_DIR}/compressed/wexelxi-info.1.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+install(FILES LICENSE DESTINATION ${runtime_doc} RENAME copyright COMPONENT runtime)
+
+# The loader's cache takes files named lib* only, and lists them by their soname. The link is that,
+# and has -lhwexelxi work.
+set(link ${PROJECT_BINARY_DIR}/libhwexelxi.so)
+file(CREATE_LINK hwexelxi.so ${link} SYMBOLIC)
+install(FILES ${link} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
 install(EXPORT wexelxi NAMESPACE wexelxi:: FILE wexelxiTargets.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/wexelxi COMPONENT dev)
@@ -15,40 +33,25 @@ install(FILES packaging/wexelxiConfig.cmake ${PROJECT_BINARY_DIR}/wexelxiConfigV
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/wexelxi COMPONENT dev)
 
 # The pkg-config file finds its prefix from where it stands, so that the installed tree can move.
+# Only under /usr does the loader look by itself.
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(WEXELXI_PC_RPATH " -Wl,-rpath,\${libdir}")
+  set_target_properties(wexelxi-info PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+endif()
 file(RELATIVE_PATH WEXELXI_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(packaging/wexelxi.pc.in ${PROJECT_BINARY_DIR}/wexelxi.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/wexelxi.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
-file(GLOB wexelxi_pages CONFIGURE_DEPENDS docs/*.md)
-install(FILES README.md ${wexelxi_pages} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
+# The pages keep their places, so that their links lead somewhere. The reference is there once
+# scripts/check-docs has made it.
+install(FILES LICENSE DESTINATION ${dev_doc} RENAME copyright COMPONENT dev)
+install(FILES README.md CONTRIBUTING.md DESTINATION ${dev_doc} COMPONENT dev)
+install(DIRECTORY docs examples DESTINATION ${dev_doc} COMPONENT dev PATTERN Doxyfile EXCLUDE)
+install(DIRECTORY build/reference/html DESTINATION ${dev_doc} COMPONENT dev OPTIONAL)
 
-# The symbols file tells Debian's tools which release brought each name.
-file(STRINGS ${WEXELXI_EXPORTS} names REGEX "^[A-Za-z_]")
-list(SORT names)
-list(TRANSFORM names REPLACE "(.+)" " \\1@Base 1.0.0")
-list(JOIN names "\n" names)
-file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/symbols CONTENT "hwexelxi.so libhwexelxi #MINVER#\n${names}\n")
-file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/debian/triggers CONTENT "activate-noawait ldconfig\n")
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME wexelxi)
-set(CPACK_PACKAGE_VENDOR "wexelxi")
-set(CPACK_PACKAGE_CONTACT "wexelxi developers <developers@wexelxi.invalid>")
-set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL runtime dev)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libhwexelxi)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "Win32-shaped services for headless hosts on Linux")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    ${PROJECT_BINARY_DIR}/debian/symbols ${PROJECT_BINARY_DIR}/debian/triggers
-    ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME libhwexelxi-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_DESCRIPTION "Win32-shaped services for headless hosts on Linux: development files")
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libhwexelxi (= ${PROJECT_VERSION})")
-include(CPack)
+# As root the loader hears of it at once; an install for a package (DESTDIR) leaves that to the package.
+install(CODE "if(\"\$ENV{DESTDIR}\" STREQUAL \"\")
+  execute_process(COMMAND ldconfig OUTPUT_QUIET ERROR_QUIET)
+endif()" COMPONENT runtime)
+add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -DBUILD=${PROJECT_BINARY_DIR}
+  -P ${PROJECT_SOURCE_DIR}/packaging/uninstall.cmake VERBATIM)

@@ -20,19 +20,18 @@ fail() {
     exit 1
 }
 
-# at_end COMMAND has the command run when the script ends, however it does.
+# at_end COMMAND has the command run when the script ends, however it does; the last one first.
 told=
-endings=(:)
+endings=:
 at_end() {
-    endings+=("$1")
+    endings="$1; $endings"
 }
 
 end() {
-    local status=$? command=$BASH_COMMAND ending
+    local status=$? command=$BASH_COMMAND
     trap - EXIT
-    for ending in "${endings[@]}"; do
-        eval "$ending" || true
-    done
+    set +e
+    eval "$endings"
     [ "$status" -eq 0 ] || [ -n "$told" ] ||
         printf 'FAILED: %s ended with %d at: %s\n' "$0" "$status" "$command" >&2
     exit "$status"
@@ -79,7 +78,7 @@ apt() {
     local log=$1 attempt
     shift
     for attempt in $(seq 60); do
-        as_root env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get -q -y "$@" >"$log" 2>&1 9>&- && return
+        as_root env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get -q -y -o Acquire::Retries=1 "$@" >"$log" 2>&1 9>&- && return
         grep -q 'Could not get lock' "$log" || return 1
         [ "$attempt" -gt 1 ] || say "another program installs packages; waiting for it, 10 minutes at most"
         sleep 10
@@ -104,7 +103,7 @@ install_packages() {
     scratch_folder log
     apt "$log/update" update || say "apt-get update failed; going on with the lists that are there"
     apt "$log/install" --no-install-recommends install "${missing[@]}" || {
-        tail -n 20 "$log"/* >&2
+        tail -n 5 "$log"/* >&2
         fail "the packages could not be installed: see above, look whether this machine reaches its package mirror, and run as root: apt-get update && $command"
     }
 }

@@ -44,7 +44,7 @@ if(NOT WEXELXI_SANITIZE AND NOT WEXELXI_COVERAGE)
   target_link_options(override_host PRIVATE -no-pie)
   target_link_libraries(override_host PRIVATE hwexelxi wexelxi_warnings)
   add_test(NAME override_host
-    COMMAND ${CMAKE_COMMAND} -DHOST=$<TARGET_FILE:override_host>
+    COMMAND ${CMAKE_COMMAND} "-DHOST=${CMAKE_CROSSCOMPILING_EMULATOR};$<TARGET_FILE:override_host>"
             -DFOLDER=${CMAKE_CURRENT_BINARY_DIR}/override_host_folder
             -P ${CMAKE_CURRENT_SOURCE_DIR}/run_host.cmake)
 endif()

@@ -86,7 +86,7 @@ int main(int count, char **arguments)
     if (options.help)
         fputs(kHelp, stdout);
     else if (options.version)
-        puts("wexelxi-info " WEXELXI_VERSION);
+        puts("wexelxi-info " INFO_VERSION);
     else
         return Report(options);
     return kDone;

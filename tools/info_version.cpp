@@ -82,7 +82,7 @@ Value::List ModulesIn(const std::string &folder)
 Value DescribeVersion(const Session &)
 {
     return Value::Record{
-        {"library", WEXELXI_VERSION},
+        {"library", INFO_VERSION},
         {"file", FileOf(reinterpret_cast<const void *>(&InitLib))},
         {"fontconfig", FontconfigVersion()},
         {"pango", PangoVersion()},

@@ -2,7 +2,7 @@
 // page, sends it to a port, and keeps its counter. Each file beside this one shows one subject.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
 
 #include "host.h"
 #include "job.h"
@@ -61,13 +61,11 @@ public:
     Library &operator=(const Library &) = delete;
 };
 
-// The folder of the text file, from the host's own full path.
-std::string FullPath(const char *name)
+// This program's full path. The first argument would not do: it is a bare name when the program was
+// found through PATH, and the library takes the path's folder for the configuration.
+std::string OwnPath()
 {
-    char *resolved = realpath(name, nullptr);
-    const std::string path = resolved ? resolved : name;
-    free(resolved);
-    return path;
+    return std::filesystem::read_symlink("/proc/self/exe");
 }
 
 void ShowStart()
@@ -144,7 +142,7 @@ int main(int argc, char **argv)
 {
     try {
         const Arguments arguments = ParseArguments(argc, argv);
-        const Library library(FullPath(argv[0]).c_str(), arguments.config);
+        const Library library(OwnPath().c_str(), arguments.config);
         Run(arguments);
         return EXIT_SUCCESS;
     } catch (const std::exception &error) {

@@ -1,10 +1,13 @@
 // The smallest host in C++: the same through the CMake package.
 #include <cstdio>
+#include <filesystem>
 #include <wexelxi.h>
 
-int main(int, char **argv)
+int main()
 {
-    if (InitLib(argv[0], nullptr, 0) != 0)
+    const std::string path =
+        std::filesystem::read_symlink("/proc/self/exe"); // argv[0] may be a bare name
+    if (InitLib(path.c_str(), nullptr, 0) != 0)
         return 1;
     SYSTEMTIME now;
     GetLocalTime(&now);
