@@ -1,6 +1,8 @@
 // The record behind an HFONT, and the buckets that tell a live one from any other pointer.
 #pragma once
 
+#include <cstdint>
+
 #include "fonts/face.h"
 
 namespace wexelxi {

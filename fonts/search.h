@@ -3,6 +3,7 @@
 // the fonts end. The global lock guards it.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 

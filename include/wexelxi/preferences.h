@@ -19,7 +19,7 @@ extern "C" {
 #define WEXELXI_VERSION_MINOR 0 /**< The library's own version, second number. */
 #define WEXELXI_VERSION_PATCH 0 /**< The library's own version, third number. */
 /** The library's own version as one number to compare: 10203 is 1.2.3. */
-#define WEXELXI_VERSION_NUMBER                                                                     \
+#define WEXELXI_VERSION_NUMBER \
     (WEXELXI_VERSION_MAJOR * 10000 + WEXELXI_VERSION_MINOR * 100 + WEXELXI_VERSION_PATCH)
 
 WEXELXI_API extern int32_t gVersion;       /**< The file's version number; 4 at load. */
