@@ -1,0 +1,29 @@
+// What --check writes.
+#pragma once
+
+#include <cstdint>
+
+#include "tools/trace/catalogue.h"
+
+namespace trace {
+
+// A call and the place in the host or a plug-in that it was made from.
+struct Site {
+    CallIndex call = kCallCount; // none
+    const void *caller = nullptr;
+    auto operator<=>(const Site &) const = default;
+};
+
+struct Finding {
+    const char *what; // "ended twice"
+    const char *kind; // of the handle; null where there is none
+    uintptr_t handle = 0;
+    Site at;            // the wrong call
+    Site made = {};     // where the handle comes from
+    Site ended = {};    // where it was ended
+    unsigned times = 1; // handles of one maker that were left together
+};
+
+void Report(const Finding &finding);
+
+} // namespace trace

@@ -1,0 +1,48 @@
+// Texts of the allocating conversions are freed with the platform's free: so that stands here too.
+#include <cstdlib>
+#include <dlfcn.h>
+
+#include "tools/trace/book.h"
+#include "tools/trace/settings.h"
+
+extern "C" void __libc_free(void *block);
+extern "C" void *__libc_realloc(void *block, size_t size);
+
+namespace {
+
+// The next of that name, which need not be the platform's. dlsym may free on its way.
+template <typename Function>
+Function *Next(Function *&next, const char *name, Function *platform)
+{
+    static thread_local bool isLooking = false;
+    if (!next && !isLooking) {
+        isLooking = true;
+        next = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+        isLooking = false;
+    }
+    return next ? next : platform;
+}
+
+void (*gFree)(void *) = nullptr;
+void *(*gRealloc)(void *, size_t) = nullptr;
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) void free(void *block) noexcept
+{
+    if (block && trace::gSettings.check)
+        trace::TextFreed(block);
+    Next(gFree, "free", __libc_free)(block);
+}
+
+extern "C" __attribute__((visibility("default"))) void *realloc(void *block, size_t size) noexcept
+{
+    if (block && trace::gSettings.check)
+        trace::TextFreed(block);
+    return Next(gRealloc, "realloc", __libc_realloc)(block, size);
+}
+
+bool trace::SeesTextsFreed()
+{
+    return dlsym(RTLD_DEFAULT, "free") == reinterpret_cast<void *>(&free);
+}
