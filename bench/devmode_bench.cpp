@@ -1,4 +1,5 @@
-// Finding and merging options of stored records, beside a walk that trusts its record.
+// Finding and merging options of stored records, beside a walk that trusts its record, and
+// questions about printers that are known.
 #include <benchmark/benchmark.h>
 #include <strings.h>
 
@@ -55,6 +56,30 @@ void BM_CopyDevModeSettings(benchmark::State &state)
     GlobalFree(to);
 }
 BENCHMARK(BM_CopyDevModeSettings)->Arg(0)->Arg(10)->Arg(100);
+
+// A question about a printer behind so many others that were asked about later.
+void BM_DeviceCapabilities_known(benchmark::State &state)
+{
+    setenv("CUPS_SERVER", "/nonexistent/cups.sock", 1);
+    DeviceCapabilities("known", nullptr, DC_PAPERS, nullptr, nullptr);
+    for (int i = 0; i < state.range(0); i++)
+        DeviceCapabilities(("other" + std::to_string(i)).c_str(), nullptr, DC_BINS, nullptr,
+                           nullptr);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(DeviceCapabilities("known", nullptr, DC_PAPERS, nullptr, nullptr));
+    TermCUPS();
+}
+BENCHMARK(BM_DeviceCapabilities_known)->Arg(0)->Arg(500);
+
+void BM_DocumentProperties_copy(benchmark::State &state)
+{
+    setenv("CUPS_SERVER", "/nonexistent/cups.sock", 1);
+    const TestRecord out({}, 516);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(
+            DocumentProperties(nullptr, nullptr, "two", out.get(), nullptr, DM_COPY));
+}
+BENCHMARK(BM_DocumentProperties_copy);
 
 // What a stored record costs to take up again in any case: the copies.
 void BM_DocumentProperties_modify_and_copy(benchmark::State &state)

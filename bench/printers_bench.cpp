@@ -73,19 +73,4 @@ void LaterQuestion(benchmark::State &state)
 }
 BENCHMARK(LaterQuestion);
 
-// Behind sixteen printers that were asked about later.
-void LaterQuestionBehindOthers(benchmark::State &state)
-{
-    if (!Ready(state))
-        return;
-    DeviceCapabilities("printer", nullptr, DC_PAPERS, nullptr, nullptr);
-    for (int i = 0; i < 16; i++)
-        DeviceCapabilities(("other" + std::to_string(i)).c_str(), nullptr, DC_BINS, nullptr,
-                           nullptr);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            DeviceCapabilities("printer", nullptr, DC_PAPERS, nullptr, nullptr));
-}
-BENCHMARK(LaterQuestionBehindOthers);
-
 } // namespace
