@@ -1,9 +1,10 @@
 // Start and stop. The order of the steps is part of the contract: each stands on those before it.
-#include <cstdlib>
 #include <cstring>
 
 #include "core/core_private.h"
+#include "core/last_error.h"
 #include "core/lock.h"
+#include "profile/setup.h"
 #include "wexelxi/core.h"
 #include "wexelxi/environment.h"
 #include "wexelxi/fonts.h"
@@ -16,17 +17,47 @@
 
 using namespace wexelxi;
 
-static constexpr size_t kPathBytes = 4096;
+// What a start sets and a stop takes back, and what the host alone uses. The host reads and writes
+// all of it directly; none is guarded by the lock.
+HEADLESSERRORPROC gHDerrorProc = nullptr;
+uint8_t gReady = 0;
+uint8_t gTerminating = 0;
+char *gWEXELfullPath = nullptr;
+WXRESFUNC gWexelResFunc = nullptr;
+uint8_t gFileMode = 0;
+uint8_t gUseOverride = 0;
+int32_t gPrinterXMargin = 0;
+int32_t gPrinterYMargin = 0;
+int32_t gLOGPIXELSX = 0;
+int32_t gLOGPIXELSY = 0;
+void *gGeneralFont = nullptr;
+int32_t gScbarwid = 17;
+uint32_t gHFILE = 0;
+uint32_t gGAllocNum = 0;
+uint32_t gGAllocMem = 0;
+uint8_t gUseScratchImage = 0;
+uint8_t gNeedNull = 0;
+int32_t gTraceLevel = 0;
 
-static void CopyHostPath(const char *hostPath)
+void SetHeadlessErrorProc(HEADLESSERRORPROC proc)
+{
+    gHDerrorProc = proc;
+}
+
+namespace {
+
+constexpr size_t kPathBytes = 4096;
+
+bool CopyHostPath(const char *hostPath)
 {
     gWEXELfullPath = static_cast<char *>(GlobalAlloc(GLOBAL_ZEROFILL, kPathBytes));
     if (gWEXELfullPath)
         strncat(gWEXELfullPath, hostPath, kPathBytes - 1);
+    return gWEXELfullPath != nullptr;
 }
 
 // A value that does not fit counts as unset, as an empty one does.
-static void TakeFolderFromEnvironment()
+void TakeFolderFromEnvironment()
 {
     char folder[kPathBytes] = "";
     GetEnvironmentVariable("WEXELXIDIR", folder, sizeof folder);
@@ -34,24 +65,9 @@ static void TakeFolderFromEnvironment()
         SetWexelXiFolder(folder);
 }
 
-static uint32_t ReadSetupNumber(const char *key, const char *defaultValue)
-{
-    char value[9];
-    GetProfileString("Setup", key, defaultValue, value, sizeof value);
-    return static_cast<uint32_t>(strtoul(value, nullptr, 10));
-}
-
-static void LoadSetup()
-{
-    gFileMode = static_cast<uint8_t>(ReadSetupNumber("FileCaseMode", "0"));
-    gUseOverride = static_cast<uint8_t>(ReadSetupNumber("UseOverride", "0"));
-    gPrinterXMargin = static_cast<int32_t>(ReadSetupNumber("XPrinterMargin", "10"));
-    gPrinterYMargin = static_cast<int32_t>(ReadSetupNumber("YPrinterMargin", "10"));
-}
-
 // Allocates a new key. Keys are never given back, so a process that starts the library some five
 // hundred times uses the platform's up: from then on it keeps the keys that it has.
-static bool RenewKey(uint32_t &key, bool hasOld)
+bool RenewKey(uint32_t &key, bool hasOld)
 {
     const uint32_t fresh = TlsAlloc();
     if (fresh == UINT32_MAX)
@@ -60,7 +76,7 @@ static bool RenewKey(uint32_t &key, bool hasOld)
     return true;
 }
 
-static bool RenewKeys()
+bool RenewKeys()
 {
     // In this order: the second key is never 0, which gLastErrorTLS takes for "not started".
     const bool hasOld = gLastErrorTLS != 0;
@@ -70,6 +86,15 @@ static bool RenewKeys()
     return true;
 }
 
+// Undoes what a start has done so far, and gives its status.
+int32_t GiveUp(uint32_t status)
+{
+    FreeLib();
+    return static_cast<int32_t>(FailWith(status, status));
+}
+
+} // namespace
+
 int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
 {
     if (!RenewKeys())
@@ -77,6 +102,8 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
     ForgetErrorTextBeforeInit();
     if (!noLock)
         InitializeCriticalSection(&gWexelxiCriticalSection);
+    if (!noLock && !gWexelxiCriticalSection)
+        return GiveUp(ERROR_NOT_ENOUGH_MEMORY);
 
     gHFILE = 0;
     gHMODULE = 0;
@@ -85,9 +112,12 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
     gGAllocMem = 0;
     TakeFolderFromEnvironment();
     gWexelResFunc = resFunc;
-    CopyHostPath(hostPath);
+    if (!CopyHostPath(hostPath))
+        return GiveUp(ERROR_NOT_ENOUGH_MEMORY);
     InitModule();
-    LoadSetup();
+    if (!MODChain_findByMod(WEXELXI_HOST_MODULE))
+        return GiveUp(ERROR_NOT_ENOUGH_MEMORY);
+    LoadStartSettings();
     gLOGPIXELSY = 96;
     gLOGPIXELSX = 96;
     gLoadPref();

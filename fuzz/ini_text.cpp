@@ -28,9 +28,8 @@ static void CheckWrite(std::string_view file, std::string_view section, std::str
     const IniRewrite plan = PlanIniRewrite(file, section, key, "value");
     Check(plan.keep <= plan.resume && plan.resume <= file.size());
     Check(file.substr(plan.keep, plan.resume - plan.keep).find('\0') == std::string_view::npos);
-    std::string changed(file.substr(0, plan.keep));
-    changed += plan.text;
-    changed += file.substr(plan.resume);
+    std::string changed(plan.SizeOf(file), '*');
+    plan.Write(file, changed.data());
     // A key that lies in the text before and behind the write is found with the new value. Behind
     // a line with no '=', or in a section whose header was cut off, it stays hidden.
     const std::string_view text = ParsedPart(changed);
@@ -55,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     size_t line = 0;
     while (line < text.size()) {
-        const size_t next = NextLineStart(text, line);
+        const size_t next = LineEnds(text).NextLine(line);
         Check(next > line);
         line = next;
     }

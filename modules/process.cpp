@@ -1,9 +1,9 @@
 // Commands, and what they write.
 #include "core/last_error.h"
 #include "core/lock.h"
-#include "modules/settings_folder.h"
 #include "modules/shell_text.h"
 #include "modules/spawn.h"
+#include "profile/folder.h"
 #include "wexelxi/files.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/processes.h"
@@ -15,7 +15,7 @@ namespace {
 // A free name in the folder of the configuration file; empty if all are taken.
 std::string NewCaptureName()
 {
-    const std::string folder = SettingsFolder();
+    const std::string folder(ConfigurationFolder());
     std::string name(folder.size() + 32, '\0');
     GetTempFileName(folder.c_str(), "wexec", 0, name.data());
     return GetLastError() == ERROR_FILE_EXISTS ? std::string() : name.c_str();

@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include "core/lock.h"
-#include "modules/settings_folder.h"
 #include "modules/shell_text.h"
+#include "profile/folder.h"
 #include "wexelxi/processes.h"
 
 using namespace wexelxi;
@@ -40,7 +40,7 @@ bool ListNamesPartOf(FILE *list, const char *text)
 int32_t testForProgOpen_Unix(const char *text)
 {
     LockScope lock;
-    const std::string path = SettingsFolder() + "/psrep";
+    const std::string path = std::string(ConfigurationFolder()) + "/psrep";
     const std::string command = "ps -eo \"%c\" > " + ShellWord(path);
     [[maybe_unused]] const int status = system(command.c_str()); // the file tells
     const ListStream list(fopen(path.c_str(), "re"));

@@ -15,38 +15,6 @@ bool IsLineEnd(char c)
     return c == '\r' || c == '\n';
 }
 
-// Finds the line ends of a text for places that never go back. The next LF is remembered, so that a
-// text whose lines end in a bare CR is searched for an LF only once.
-class LineEnds {
-public:
-    explicit LineEnds(std::string_view text) : text_(text) {}
-
-    // The first CR or LF at or behind `from`, or the end of the text.
-    size_t EndOfLine(size_t from)
-    {
-        if (!lfIsKnown_ || lf_ < from) {
-            lf_ = std::min(text_.find('\n', from), text_.size());
-            lfIsKnown_ = true;
-        }
-        const size_t cr = text_.substr(0, lf_).find('\r', from);
-        return std::min(cr, lf_);
-    }
-
-    // The start of the next line: a line end takes one LF directly behind it with it.
-    size_t NextLine(size_t from)
-    {
-        const size_t end = EndOfLine(from);
-        if (end == text_.size())
-            return end;
-        return end + 1 < text_.size() && text_[end + 1] == '\n' ? end + 2 : end + 1;
-    }
-
-private:
-    std::string_view text_;
-    size_t lf_ = 0;
-    bool lfIsKnown_ = false;
-};
-
 // The next header of a section, from a line's start on: the place behind its name, or kNoPlace.
 // The name runs to the first ']' or the end of the text, also across lines; a '[' opens a header
 // only at the start of a line, which is the start of the search or a place behind a line end.
@@ -70,45 +38,80 @@ bool EndsSection(std::string_view text, size_t line)
     return line >= text.size() || static_cast<signed char>(text[line]) < 33;
 }
 
-void AppendAll(std::string &target, std::initializer_list<std::string_view> parts)
+} // namespace
+
+size_t LineEnds::EndOfLine(size_t from)
 {
-    for (std::string_view part : parts)
-        target += part;
+    if (!lfIsKnown_ || lf_ < from) {
+        lf_ = std::min(text_.find('\n', from), text_.size());
+        lfIsKnown_ = true;
+    }
+    const size_t cr = text_.substr(0, lf_).find('\r', from);
+    return std::min(cr, lf_);
 }
 
-} // namespace
+size_t LineEnds::NextLine(size_t from)
+{
+    const size_t end = EndOfLine(from);
+    if (end == text_.size())
+        return end;
+    return end + 1 < text_.size() && text_[end + 1] == '\n' ? end + 2 : end + 1;
+}
+
+bool IniKeyWalk::Next()
+{
+    if (isInside_)
+        line_ = lines_.NextLine(equals_);
+    for (;;) {
+        if (!isInside_) {
+            const size_t header = FindSection(text_, line_, section_);
+            if (header == kNoPlace)
+                return false;
+            line_ = lines_.NextLine(header);
+            isInside_ = true;
+        }
+        position_ = line_;
+        if (EndsSection(text_, line_)) {
+            line_ = lines_.NextLine(line_);
+            isInside_ = false;
+            continue;
+        }
+        equals_ = std::min(text_.find('=', line_), text_.size());
+        if (equals_ < text_.size())
+            return true;
+        line_ = equals_; // no key: the name runs to the end of the text
+    }
+}
+
+size_t IniRewrite::SizeOf(std::string_view old) const
+{
+    size_t size = keep + old.size() - resume;
+    for (std::string_view piece : text)
+        size += piece.size();
+    return size;
+}
+
+void IniRewrite::Write(std::string_view old, char *destination) const
+{
+    destination += old.copy(destination, keep);
+    for (std::string_view piece : text)
+        destination += piece.copy(destination, piece.size());
+    old.substr(resume).copy(destination, kNoPlace);
+}
 
 std::string_view ParsedPart(std::string_view file)
 {
     return file.substr(0, file.find('\0'));
 }
 
-size_t NextLineStart(std::string_view text, size_t from)
-{
-    return LineEnds(text).NextLine(from);
-}
-
 IniKeySearch SearchIniKey(std::string_view text, std::string_view section, std::string_view key)
 {
-    IniKeySearch found;
-    LineEnds lines(text);
-    size_t line = 0;
-    for (size_t header; (header = FindSection(text, line, section)) != kNoPlace;) {
-        line = lines.NextLine(header);
-        for (;;) {
-            found.position = line;
-            if (EndsSection(text, line))
-                break;
-            const size_t equals = std::min(text.find('=', line), text.size());
-            if (equals < text.size() && text.substr(line, equals - line) == key) {
-                found.value = equals + 1;
-                return found;
-            }
-            line = lines.NextLine(equals);
-        }
-        line = lines.NextLine(line);
+    IniKeyWalk walk(text, section);
+    while (walk.Next()) {
+        if (walk.Key() == key)
+            return {walk.Position(), walk.Value()};
     }
-    return found;
+    return {walk.Position(), kNoPlace};
 }
 
 std::string_view IniValueAt(std::string_view text, size_t from)
@@ -145,14 +148,16 @@ IniRewrite PlanIniRewrite(std::string_view file, std::string_view section, std::
     const IniKeySearch found = SearchIniKey(text, section, key);
     const size_t place = std::min(found.position, text.size());
     IniRewrite plan{place, {}, place};
-    plan.text.reserve(section.size() + key.size() + value.size() + 16);
     if (found.value != kNoPlace)
-        plan.resume = NextLineStart(text, place);
+        plan.resume = LineEnds(text).NextLine(place);
     else if (found.position == kNoPlace)
-        AppendAll(plan.text, {file.empty() ? "" : kLineEnd, "[", section, "]", kLineEnd});
+        plan.text = {file.empty() ? "" : kLineEnd, "[", section, "]", kLineEnd};
     else if (place == text.size() && !IsLineEnd(text.back()))
-        plan.text += kLineEnd; // the last line has no end yet, and nothing may be joined to it
-    AppendAll(plan.text, {key, "=", value, kLineEnd});
+        plan.text[0] = kLineEnd; // the last line has no end yet, and nothing may be joined to it
+    plan.text[5] = key;
+    plan.text[6] = "=";
+    plan.text[7] = value;
+    plan.text[8] = kLineEnd;
     return plan;
 }
 

@@ -2,14 +2,61 @@
 // values out; texts are views that end where the parser's text ends.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace wexelxi {
 
 constexpr size_t kNoPlace = std::string_view::npos;
+
+// Finds the line ends of a text for places that never go back. The next LF is remembered, so that a
+// text whose lines end in a bare CR is searched for an LF only once.
+class LineEnds {
+public:
+    explicit LineEnds(std::string_view text) : text_(text) {}
+
+    // The first CR or LF at or behind `from`, or the end of the text.
+    size_t EndOfLine(size_t from);
+
+    // The start of the next line, or the end of the text: a line end takes one LF directly behind
+    // it with it.
+    size_t NextLine(size_t from);
+
+private:
+    std::string_view text_;
+    size_t lf_ = 0;
+    bool lfIsKnown_ = false;
+};
+
+// The walk over the key lines of all sections of a name, as the search for a key meets them.
+class IniKeyWalk {
+public:
+    IniKeyWalk(std::string_view text, std::string_view section)
+        : text_(text), section_(section), lines_(text)
+    {
+    }
+
+    // Goes to the next line with a key; false behind the last one.
+    bool Next();
+
+    std::string_view Key() const { return text_.substr(line_, equals_ - line_); }
+    size_t Value() const { return equals_ + 1; }
+
+    // The start of the present line; behind the last one, the place for a new key: the end of the
+    // last section of that name, or kNoPlace if there is no such section.
+    size_t Position() const { return position_; }
+
+private:
+    std::string_view text_;
+    std::string_view section_;
+    LineEnds lines_;
+    size_t line_ = 0;
+    size_t equals_ = 0;
+    size_t position_ = kNoPlace;
+    bool isInside_ = false;
+};
 
 // Where the search for a key ended.
 struct IniKeySearch {
@@ -18,19 +65,20 @@ struct IniKeySearch {
     size_t value = kNoPlace;    // the byte behind the '=', or kNoPlace if the key is not there
 };
 
-// A write, as the part of the old file that goes and what comes in its place: the new file is
-// old[0, keep), text, old[resume, end).
+// A write: the new file is old[0, keep), the pieces of text, old[resume, end).
 struct IniRewrite {
     size_t keep;
-    std::string text;
+    std::array<std::string_view, 9> text;
     size_t resume;
+
+    size_t SizeOf(std::string_view old) const;
+
+    // Writes the new file, that many bytes.
+    void Write(std::string_view old, char *destination) const;
 };
 
 // The part of a file's bytes that the parser sees: up to the first NUL.
 std::string_view ParsedPart(std::string_view file);
-
-// The start of the line behind the one that `from` lies in, or the end of the text.
-size_t NextLineStart(std::string_view text, size_t from);
 
 IniKeySearch SearchIniKey(std::string_view text, std::string_view section, std::string_view key);
 

@@ -3,13 +3,29 @@
 #include <cstring>
 
 #include "core/lock.h"
-#include "profile/ini_file.h"
+#include "profile/folder.h"
+#include "profile/ini_cache.h"
 #include "profile/ini_text.h"
 #include "wexelxi/profile.h"
 
 using namespace wexelxi;
 
-static constexpr const char *kConfigurationName = "win.ini";
+namespace {
+
+constexpr const char *kConfigurationName = "win.ini";
+
+// Copies a value, cut to fit, with its NUL; gives the characters copied.
+uint32_t CopyValue(char *destination, uint32_t size, std::string_view value)
+{
+    if (size == 0)
+        return 0;
+    const size_t length = std::min<size_t>(value.size(), size - 1);
+    memmove(destination, value.data(), length);
+    destination[length] = '\0';
+    return static_cast<uint32_t>(length);
+}
+
+} // namespace
 
 const char *nextLine(const char *text)
 {
@@ -29,30 +45,17 @@ int32_t findIniKey(const char *text, const char *section, const char *key, const
     return found.value == kNoPlace ? -1 : static_cast<int32_t>(found.value);
 }
 
-// Copies a text, cut to fit, with its NUL; gives the characters copied.
-static uint32_t CopyCut(char *destination, uint32_t size, std::string_view text)
-{
-    if (size == 0)
-        return 0;
-    const size_t length = std::min<size_t>(text.size(), size - 1);
-    memmove(destination, text.data(), length);
-    destination[length] = '\0';
-    return static_cast<uint32_t>(length);
-}
-
 uint32_t GetPrivateProfileString(const char *section, const char *key, const char *defaultValue,
                                  char *destination, uint32_t size, const char *file)
 {
     LockScope lock;
     if (!file || !destination)
         return 0;
-    if (!section || !key)
-        return defaultValue ? CopyCut(destination, size, defaultValue) : 0;
-    const std::string_view text = ReadCachedIniText(ResolveIniName(file));
-    const IniKeySearch found = SearchIniKey(text, section, key);
-    if (found.value != kNoPlace)
-        return CopyCut(destination, size, IniValueAt(text, found.value));
-    return defaultValue ? CopyCut(destination, size, defaultValue) : 0;
+    if (section && key) {
+        if (const auto value = ReadIniKey(ResolveIniName(file), section, key))
+            return CopyValue(destination, size, *value);
+    }
+    return defaultValue ? CopyValue(destination, size, defaultValue) : 0;
 }
 
 uint32_t GetProfileString(const char *section, const char *key, const char *defaultValue,
@@ -71,8 +74,8 @@ uint32_t GetPrivateProfileSection(const char *section, char *destination, uint32
     destination[0] = '\0';
     if (!file || !section)
         return 0;
-    const IniFile text = ReadIniFile(ResolveIniName(file));
-    return CopyIniSection(ParsedPart(text.Bytes()), section, destination, size);
+    const FileText text = ReadIniText(ResolveIniName(file));
+    return CopyIniSection(ParsedPart(text.View()), section, destination, size);
 }
 
 uint32_t GetProfileSection(const char *section, char *destination, uint32_t size)
@@ -86,10 +89,16 @@ BOOL WritePrivateProfileString(const char *section, const char *key, const char 
     LockScope lock;
     if (!file || !section || !key || !value)
         return FALSE;
-    return WriteIniFile(ResolveIniName(file), section, key, value);
+    return WriteIniKey(ResolveIniName(file), section, key, value);
 }
 
 BOOL WriteProfileString(const char *section, const char *key, const char *value)
 {
     return WritePrivateProfileString(section, key, value, kConfigurationName);
+}
+
+void TermIni(void)
+{
+    // No lock: FreeLib calls this when the lock is gone.
+    DropIniCache();
 }

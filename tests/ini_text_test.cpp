@@ -96,7 +96,9 @@ std::string SlowRewrite(const std::string &old, const char *section, const char 
 
 std::string Apply(const std::string &file, const IniRewrite &plan)
 {
-    return file.substr(0, plan.keep) + plan.text + file.substr(plan.resume);
+    std::string changed(plan.SizeOf(file), '*');
+    plan.Write(file, changed.data());
+    return changed;
 }
 
 TEST(IniText, AgreesWithItsTwin)

@@ -2,9 +2,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "profile/setup.h"
 #include "tools/info_sections.h"
 #include "wexelxi.h"
 
@@ -85,19 +87,20 @@ Value DescribeConfiguration(const Session &session)
 
 Value DescribeSettings(const Session &)
 {
-    Value::List rows = {
-        SettingRow("Setup", "Version", GetVersion()),
-        SettingRow("Setup", "BellLevel", static_cast<int64_t>(gBellLevel)),
-        SettingRow("Setup", "NoFreeLib", uint32_t{gNoFreeLibrary}),
-        SettingRow("Setup", "TimerRate", static_cast<int64_t>(gTimerRate)),
-        SettingRow("Setup", "FileCaseMode", uint32_t{gFileMode}),
-        SettingRow("Setup", "UseOverride", uint32_t{gUseOverride}),
-        SettingRow("Setup", "XPrinterMargin", gPrinterXMargin),
-        SettingRow("Setup", "YPrinterMargin", gPrinterYMargin),
-    };
-    for (uint32_t i = 0; i < 63; i++)
-        rows.push_back(
-            SettingRow("Setup", "Color" + std::to_string(i + 1), ColourText(GetSysColor(i))));
+    Value::List rows;
+    Value::List colours;
+    for (const wexelxi::SetupKey &key : wexelxi::kSetupKeys) {
+        for (uint32_t i = 0; i < key.count; i++) {
+            const int32_t value = wexelxi::PresentValue(key, i);
+            if (key.value == WinsysColArr)
+                colours.push_back(SettingRow(wexelxi::kSetupSection,
+                                             key.name + std::to_string(i + 1),
+                                             ColourText(static_cast<COLORREF>(value))));
+            else
+                rows.push_back(SettingRow(wexelxi::kSetupSection, key.name, value));
+        }
+    }
+    std::move(colours.begin(), colours.end(), std::back_inserter(rows));
     return Value::Record{{"texts", TextsRecord()},
                          {"screenResolution", Value::List{gLOGPIXELSX, gLOGPIXELSY}},
                          {"values", std::move(rows)}};
