@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 #include <string_view>
 
 #include "wexelxi/core.h"
@@ -45,7 +44,9 @@ constexpr char UpperCase(char character)
 // A decimal number as strtol reads it: blanks and a sign may precede, anything may follow.
 long Number(std::string_view token)
 {
-    return strtol(std::string(token).c_str(), nullptr, 10);
+    char digits[kLongestText + 1] = "";
+    token.copy(digits, kLongestText);
+    return strtol(digits, nullptr, 10);
 }
 
 // Stores the parity of a letter of either case; false, and nothing but fParity stored, if it is

@@ -4,37 +4,63 @@
 #include "comm/port_text.h"
 #include "core/lock.h"
 #include "wexelxi/comm.h"
+#include "wexelxi/core.h"
 #include "wexelxi/profile.h"
 #include "wexelxi/text.h"
 
 using namespace wexelxi;
 
-// Upper-cases the name in place; a name that is upper-case already is not written to, so that it
-// may be a constant of the caller's.
-static void UpperCaseName(char *name)
-{
-    std::string upper(name);
-    AnsiUpperBuff(upper.data(), static_cast<uint32_t>(upper.size()));
-    if (upper != name)
-        memcpy(name, upper.data(), upper.size());
-}
+namespace {
 
-static void CopyCut(const std::string &text, char *destination, size_t size)
+// Upper-cases the name in place; what is upper-case already is not written to, so that a name may
+// be a constant of the caller's.
+void UpperCaseName(char *name)
 {
-    destination[text.copy(destination, size - 1)] = '\0';
+    for (; *name; name++) {
+        char upper = *name;
+        AnsiUpperBuff(&upper, 1);
+        if (upper != *name)
+            *name = upper;
+    }
 }
 
 // The lookup opens the configuration file by CreateFile, which asks here whether that is a port. It
 // never is, even in a folder whose name starts like one: else the question would never end.
-static thread_local bool isLookingUp = false;
+thread_local bool isLookingUp = false;
 
-static uint32_t LookUpPort(const char *name, char *device, uint32_t size)
+// A lookup that touches no last error leaves it as it was.
+class LookupScope {
+public:
+    LookupScope()
+    {
+        isLookingUp = true;
+        SetLastError(kUntouched);
+    }
+    ~LookupScope()
+    {
+        isLookingUp = false;
+        if (GetLastError() == kUntouched)
+            SetLastError(before_);
+    }
+    LookupScope(const LookupScope &) = delete;
+    LookupScope &operator=(const LookupScope &) = delete;
+
+private:
+    static constexpr uint32_t kUntouched = 0xFFFFFFFF;
+    const uint32_t before_ = GetLastError();
+};
+
+enum class Entry { Found, Missing, OutOfMemory };
+
+Entry LookUpPort(const char *name, char *device, uint32_t size)
 {
-    isLookingUp = true;
-    const uint32_t length = GetProfileString("Ports", name, "", device, size);
-    isLookingUp = false;
-    return length;
+    const LookupScope scope;
+    if (GetProfileString("Ports", name, "", device, size) != 0)
+        return Entry::Found;
+    return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? Entry::OutOfMemory : Entry::Missing;
 }
+
+} // namespace
 
 uint32_t GetPortName(char *name, char *device, int32_t length)
 {
@@ -48,10 +74,15 @@ uint32_t GetPortName(char *name, char *device, int32_t length)
     const auto size = static_cast<uint32_t>(length);
     memset(device, 0, size);
     UpperCaseName(name);
-    if (LookUpPort(name, device, size) != 0)
+    switch (LookUpPort(name, device, size)) {
+    case Entry::Found:
         return GetDeviceType(device);
-    CopyCut(DefaultDevice(port), device, size);
-    return port.isSerial ? PST_RS232 : PST_PARALLELPORT;
+    case Entry::OutOfMemory: // another device than the profile's would be a wrong one
+        return PST_UNSPECIFIED;
+    default:
+        lstrcpyn(device, DefaultDevice(port).c_str(), length);
+        return port.isSerial ? PST_RS232 : PST_PARALLELPORT;
+    }
 }
 
 uint32_t GetDeviceType(char *value)

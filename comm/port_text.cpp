@@ -4,10 +4,12 @@
 
 namespace wexelxi {
 
-static constexpr const char *kPrefixes[] = {"COM", "LPT", "EPT"};
+namespace {
+
+constexpr const char *kPrefixes[] = {"COM", "LPT", "EPT"};
 
 // In this order: "rs232 modem" is a modem.
-static constexpr struct {
+constexpr struct {
     std::string_view word;
     uint32_t type;
 } kTypeKeywords[] = {
@@ -16,7 +18,7 @@ static constexpr struct {
     {"rs423", PST_RS423}, {"rs449", PST_RS449},
 };
 
-static uint32_t PortNumber(std::string_view name)
+uint32_t PortNumber(std::string_view name)
 {
     if (name.find("EPT:") != name.npos)
         return 1;
@@ -24,8 +26,13 @@ static uint32_t PortNumber(std::string_view name)
     return digit >= '0' && digit <= '9' ? static_cast<uint32_t>(digit - '0') : 0;
 }
 
+} // namespace
+
 PortName ParsePortName(std::string_view name)
 {
+    // All others need no search: a prefix that occurs at all must stand in front.
+    if (name.empty() || (name[0] != 'C' && name[0] != 'L' && name[0] != 'E'))
+        return {false, 0};
     for (const std::string_view prefix : kPrefixes) {
         const size_t place = name.find(prefix);
         if (place == name.npos)

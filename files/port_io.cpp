@@ -12,17 +12,29 @@
 #include "wexelxi/profile.h"
 
 namespace wexelxi {
+namespace {
+
+time_t DrainSeconds()
+{
+    constexpr time_t kDefaultSeconds = 120;
+    char text[5] = "";
+    GetProfileString("Ports", "Delay", "", text, sizeof text);
+    const time_t seconds = strtol(text, nullptr, 10);
+    return seconds == 0 ? kDefaultSeconds : seconds;
+}
+
+} // namespace
 
 Stream OpenPort(const char *path)
 {
-    const int descriptor = open(path, O_RDWR | O_NOCTTY | O_SYNC | O_CLOEXEC);
-    if (descriptor < 0)
+    Descriptor descriptor(open(path, O_RDWR | O_NOCTTY | O_SYNC | O_CLOEXEC));
+    if (!descriptor)
         return FailWith<Stream>(ERROR_GEN_FAILURE, nullptr);
-    Stream stream(fdopen(descriptor, "r+"));
-    if (!stream) {
+    Stream stream(fdopen(descriptor.get(), "r+"));
+    if (stream)
+        descriptor.release();
+    else
         SetUnixError();
-        close(descriptor);
-    }
     return stream;
 }
 
@@ -34,25 +46,11 @@ uint32_t ReadLineDevice(FILE *stream, void *buffer, uint32_t count)
 
 uint32_t WriteLineDevice(FILE *stream, const void *buffer, uint32_t count)
 {
-    const auto *bytes = static_cast<const char *>(buffer);
-    uint32_t total = 0;
     // A count of 0 makes its one write as well.
-    do {
-        const ssize_t sent = write(fileno(stream), bytes + total, count - total);
-        if (sent <= 0)
-            break;
-        total += static_cast<uint32_t>(sent);
-    } while (total < count);
-    return total;
-}
-
-static time_t DrainSeconds()
-{
-    constexpr time_t kDefaultSeconds = 120;
-    char text[5] = "";
-    GetProfileString("Ports", "Delay", "", text, sizeof text);
-    const time_t seconds = strtol(text, nullptr, 10);
-    return seconds == 0 ? kDefaultSeconds : seconds;
+    if (count == 0) {
+        [[maybe_unused]] const ssize_t nothing = write(fileno(stream), buffer, 0);
+    }
+    return static_cast<uint32_t>(WriteAll(fileno(stream), buffer, count));
 }
 
 void DrainLineDevice(FILE *stream)

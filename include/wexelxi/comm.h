@@ -141,9 +141,10 @@ WEXELXI_FIELD(COMMPROP, dwProvSubType, 4);
  * digit from 1 to 9 behind COM, LPT or EPT are.
  *  @param device  receives the device path; cleared and written only if the name is a port.
  *  @param length  bytes at device; a longer path is cut.
- *  @return the port type. 0 if the name is null or no port, if device is null or length below 1, or
- * if the profile's entry names no type (its path is at device then). Last error: unchanged, or as
- * the lookup in the profile left it. Lock: yes. */
+ *  @return the port type. 0 if the name is null or no port, if device is null or length below 1, if
+ *          the profile's entry names no type (its path is at device then), or without memory to
+ *          read it. Last error: unchanged, or as the lookup in the profile left it; 8 (no memory).
+ *          Lock: yes. */
 WEXELXI_API uint32_t GetPortName(char *name, char *device, int32_t length);
 
 /** Splits an entry of section "Ports", such as "/dev/ttyUSB0,rs232".
