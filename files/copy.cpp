@@ -1,7 +1,9 @@
 // CopyFile. The kernel copies what it can; whatever it leaves, from nothing to all, goes through a
 // buffer, which so meets every end and every error.
+#include <cerrno>
 #include <cstdio>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "core/last_error.h"
 #include "core/lock.h"
@@ -13,27 +15,55 @@ using namespace wexelxi;
 
 namespace {
 
-bool OpensAsExisting(const char *name)
+uint32_t UnixError()
 {
-    const OwnedHandle handle = OpenOwned(name, GENERIC_READ, OPEN_EXISTING);
+    SetUnixError();
+    return GetLastError();
+}
+
+// Whether the target is there for CopyFile's flag: it opens. Stores why it does not.
+bool OpensAsExisting(const char *target)
+{
+    const OwnedHandle handle = OpenOwned(target, GENERIC_READ, OPEN_EXISTING);
     return handle && GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
-// By device and inode, so however the two are named.
-bool IsSameFile(HANDLE source, const char *target)
+// Whether what stands at a name that does not open is a link to nothing, which a copy fills.
+bool IsDanglingLink(const char *name)
 {
-    struct stat from;
-    struct stat to;
-    return fstat(fileno(HandleToStream(source)), &from) == 0 && stat(target, &to) == 0 &&
-           from.st_dev == to.st_dev && from.st_ino == to.st_ino;
+    struct stat link;
+    return GetLastError() == ERROR_FILE_NOT_FOUND && lstat(name, &link) == 0 &&
+           S_ISLNK(link.st_mode);
 }
 
-// Gives the last error, 0 if all went well.
+OwnedHandle OpenTarget(const char *target, const struct stat &source, bool mustBeNew)
+{
+    if (mustBeNew)
+        return OpenNewOwned(target, GENERIC_WRITE);
+    // A folder opens and then cannot be read: nothing is emptied for that.
+    const uint32_t disposition = S_ISDIR(source.st_mode) ? OPEN_ALWAYS : CREATE_ALWAYS;
+    return OpenOwned(target, GENERIC_WRITE, disposition);
+}
+
+// Each of these gives the last error, 0 if all went well.
+
+// Copies what the kernel copies, and goes to where that ends.
+uint32_t CopyAtOnce(int source, int target)
+{
+    const std::optional<off_t> end = CopyInKernel(source, target);
+    if (end && lseek(source, *end, SEEK_SET) != *end)
+        return ERROR_READ_FAULT;
+    if (end && lseek(target, *end, SEEK_SET) != *end)
+        return ERROR_WRITE_FAULT;
+    return ERROR_SUCCESS;
+}
+
 uint32_t CopyBytes(HANDLE from, HANDLE to)
 {
     FILE *source = HandleToStream(from);
     FILE *target = HandleToStream(to);
-    CopyInKernel(fileno(source), fileno(target));
+    if (const uint32_t error = CopyAtOnce(fileno(source), fileno(target)))
+        return error;
     char buffer[65536];
     while (!feof(source)) {
         uint32_t got = 0;
@@ -50,14 +80,20 @@ uint32_t CopyBytes(HANDLE from, HANDLE to)
     return fflush(target) == 0 ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
 }
 
-uint32_t CopyContents(const char *source, const char *target)
+uint32_t CopyContents(const char *source, const char *target, bool mustBeNew)
 {
     const OwnedHandle from = OpenOwned(source, GENERIC_READ, OPEN_EXISTING);
     if (!from)
         return GetLastError();
-    if (IsSameFile(from.get(), target))
+    // The same file, by device and inode however the two are named, is not to be emptied.
+    struct stat here;
+    struct stat there = {};
+    if (fstat(fileno(HandleToStream(from.get())), &here) != 0 ||
+        (stat(target, &there) != 0 && errno != ENOENT))
+        return UnixError();
+    if (here.st_dev == there.st_dev && here.st_ino == there.st_ino)
         return ERROR_SHARING_VIOLATION;
-    const OwnedHandle to = OpenOwned(target, GENERIC_WRITE, CREATE_ALWAYS);
+    const OwnedHandle to = OpenTarget(target, here, mustBeNew);
     if (!to)
         return GetLastError();
     return CopyBytes(from.get(), to.get());
@@ -69,11 +105,13 @@ BOOL CopyFile(const char *source, const char *target, BOOL failIfExists)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    if (OpensAsExisting(target) && failIfExists)
+    if (failIfExists && OpensAsExisting(target))
         return Fail(ERROR_FILE_EXISTS);
+    // What could not be asked may be there, and so may what another process makes meanwhile.
+    const bool mustBeNew = failIfExists && !IsDanglingLink(target);
     const uint32_t attributes = GetFileAttributes(source);
     // Both handles are closed, which stores a last error, before the outcome is stored.
-    if (const uint32_t error = CopyContents(source, target))
+    if (const uint32_t error = CopyContents(source, target, mustBeNew))
         return Fail(error);
     SetFileAttributes(target, attributes);
     return TRUE;

@@ -2,10 +2,10 @@
 // among all entries: the open directory is asked for it once.
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <string>
 #include <sys/stat.h>
 
 #include "core/last_error.h"
@@ -43,9 +43,10 @@ struct Entry {
     struct stat status = {};
 };
 
+// For searches that the caller opens and closes under the lock.
 void CloseFindDir(FILfindData *find)
 {
-    LockScope lock;
+    AssertLockHeld();
     if (!find->dir)
         return;
     closedir(DirOf(find)->directory);
@@ -53,32 +54,50 @@ void CloseFindDir(FILfindData *find)
     find->dir = nullptr;
 }
 
+bool NoMemory()
+{
+    errno = ENOMEM;
+    return false;
+}
+
+// False with errno if it does not open.
 bool OpenFindDir(FILfindData *find)
 {
-    LockScope lock;
+    AssertLockHeld();
     CloseFindDir(find);
     Directory directory(opendir(find->path));
     if (!directory)
         return false;
     find->dir = static_cast<void **>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(FindDir)));
     if (!find->dir)
-        return false;
+        return NoMemory();
     DirOf(find)->directory = directory.release();
     return true;
 }
 
-// Turns the name in path into a directory and a pattern; false if there is no memory for them.
+// Turns the name in path into a directory and a pattern.
 bool SplitPattern(FILfindData *find)
 {
     char *slash = strrchr(find->path, '/');
     if (!slash) {
         find->filter = find->path;
         find->path = strdup(".");
-        return find->path;
+        return find->path || NoMemory();
     }
     find->filter = strdup(slash + 1);
     slash[slash == find->path ? 1 : 0] = '\0';
-    return find->filter;
+    return find->filter || NoMemory();
+}
+
+// Opens the name as a directory, or else its directory for the pattern in it. False with errno.
+bool OpenSearch(FILfindData *find, const char *name)
+{
+    find->path = strdup(name);
+    if (!find->path)
+        return NoMemory();
+    if (OpenFindDir(find))
+        return true;
+    return errno != ENOMEM && SplitPattern(find) && OpenFindDir(find);
 }
 
 bool Accepts(const char *filter, const char *name)
@@ -140,8 +159,10 @@ bool Examine(const FILfindData &find, Entry &entry)
         return true;
     if (!find.filter)
         return stat(find.path, &entry.status) == 0;
-    const std::string path = std::string(find.path) + '/' + entry.name;
-    return stat(path.c_str(), &entry.status) == 0;
+    char path[4096]; // a longer one could not be asked for
+    const auto length =
+        static_cast<size_t>(snprintf(path, sizeof path, "%s/%s", find.path, entry.name));
+    return length < sizeof path && stat(path, &entry.status) == 0;
 }
 
 void Describe(const FILfindData &find, Entry &entry, WIN32_FIND_DATA *data)
@@ -182,13 +203,12 @@ HANDLE FindFirstFile(const char *name, WIN32_FIND_DATA *data)
     if (!find)
         return INVALID_HANDLE_VALUE;
     gFINDFILE++;
-    find->path = strdup(name);
-    if (find->path && !OpenFindDir(find) && SplitPattern(find))
-        OpenFindDir(find);
-    if (FindNextFile(find, data))
+    const bool opened = OpenSearch(find, name);
+    const bool starved = !opened && errno == ENOMEM;
+    if (opened && FindNextFile(find, data))
         return find;
     FindClose(find);
-    return FailWith(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
+    return FailWith(starved ? ERROR_NOT_ENOUGH_MEMORY : ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
 }
 
 BOOL FindNextFile(HANDLE handle, WIN32_FIND_DATA *data)
@@ -202,7 +222,7 @@ BOOL FindNextFile(HANDLE handle, WIN32_FIND_DATA *data)
         return FALSE;
     Entry entry = NextEntry(find);
     if (!entry.name)
-        return FALSE;
+        return FALSE; // the end, told by last error 0
     Describe(*find, entry, data);
     return TRUE;
 }

@@ -66,12 +66,6 @@ void CloseForGood(HANDLE handle)
     SetLastError(ERROR_GEN_FAILURE);
 }
 
-OwnedHandle OpenOwned(const char *name, uint32_t access, uint32_t disposition)
-{
-    const HANDLE handle = CreateFile(name, access, 0, nullptr, disposition, 0, nullptr);
-    return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
-}
-
 FILE *HandleToStream(HANDLE handle)
 {
     const HandleRecord *record = HandleToFile(handle);

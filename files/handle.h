@@ -28,6 +28,7 @@ struct HandleRecord {
     };
     uint32_t portType; // HANDLE_FILE: 0 for an ordinary file, else what GetPortName told
     uint32_t detached; // HANDLE_THREAD: not 0 if nobody may join the thread
+    uint32_t fileType; // HANDLE_FILE: as in a file's mode; 0 while nobody has asked
 };
 
 // A record that no host has yet.
@@ -45,6 +46,10 @@ using OwnedHandle = std::unique_ptr<void, ReleaseWith<CloseForGood>>;
 
 // What CreateFile gives, with its last error; null if the file does not open.
 OwnedHandle OpenOwned(const char *name, uint32_t access, uint32_t disposition);
+
+// The same for CREATE_NEW, but that nothing is searched for: the name is refused, with
+// ERROR_FILE_EXISTS, only if it is taken to the letter.
+OwnedHandle OpenNewOwned(const char *name, uint32_t access);
 
 // The record of a handle of any kind; null for the two values that are never valid.
 inline HandleRecord *HandleToRecord(HANDLE handle)

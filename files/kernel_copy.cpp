@@ -3,7 +3,6 @@
 #include "files/kernel_copy.h"
 
 #include <cerrno>
-#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -63,15 +62,13 @@ off_t CopyRanges(int source, int target, const struct stat &status)
 
 } // namespace
 
-void CopyInKernel(int source, int target)
+std::optional<off_t> CopyInKernel(int source, int target)
 {
     struct stat from;
     struct stat to;
     if (!IsOrdinary(source, from) || !IsOrdinary(target, to))
-        return;
-    const off_t at = CopyRanges(source, target, from);
-    lseek(source, at, SEEK_SET);
-    lseek(target, at, SEEK_SET);
+        return std::nullopt;
+    return CopyRanges(source, target, from);
 }
 
 } // namespace wexelxi

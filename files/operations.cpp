@@ -6,17 +6,22 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "files/attributes.h"
 #include "files/path_text.h"
 #include "wexelxi/files.h"
 
 using namespace wexelxi;
 
+namespace {
+
 // The result of a platform call that gives 0 for success.
-static BOOL Done(int result)
+BOOL Done(int result)
 {
     return result == 0 ? BOOL{TRUE} : FailWithErrno();
 }
+
+} // namespace
 
 uint32_t GetFileAttributes(const char *name)
 {
@@ -68,13 +73,15 @@ BOOL MoveFile(const char *oldName, const char *newName)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    std::string target = newName;
-    // Only names with exactly these attributes: a read-only directory moves as a file does, and is
-    // no target. What the second question leaves as last error stays behind a good move.
-    if (GetFileAttributes(oldName) != FILE_ATTRIBUTE_DIRECTORY &&
-        GetFileAttributes(newName) == FILE_ATTRIBUTE_DIRECTORY) {
-        const PathParts parts = SplitPath(oldName, true, true);
-        target.append("/").append(parts.name).append(parts.extension);
-    }
-    return Done(rename(oldName, target.c_str()));
+    return OrNoMemory(BOOL{FALSE}, [&] {
+        std::string target = newName;
+        // Only names with exactly these attributes: a read-only directory moves as a file does, and
+        // is no target. What the second question leaves as last error stays behind a good move.
+        if (GetFileAttributes(oldName) != FILE_ATTRIBUTE_DIRECTORY &&
+            GetFileAttributes(newName) == FILE_ATTRIBUTE_DIRECTORY) {
+            const PathParts parts = SplitPath(oldName, true, true);
+            target.append("/").append(parts.name).append(parts.extension);
+        }
+        return Done(rename(oldName, target.c_str()));
+    });
 }

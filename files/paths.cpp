@@ -6,6 +6,7 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "files/path_text.h"
 #include "wexelxi/files.h"
 #include "wexelxi/paths.h"
@@ -13,7 +14,19 @@
 
 using namespace wexelxi;
 
-static constexpr uint32_t kPathBytes = kLongestPath + 1;
+namespace {
+
+constexpr uint32_t kPathBytes = kLongestPath + 1;
+
+void StorePart(char *buffer, std::string_view part)
+{
+    if (!buffer)
+        return;
+    part.copy(buffer, part.size());
+    buffer[part.size()] = '\0';
+}
+
+} // namespace
 
 uint32_t GetCurrentDirectory(uint32_t size, char *buffer)
 {
@@ -49,11 +62,13 @@ uint32_t GetFilePath(const char *path, uint32_t size, char *output)
     const bool tooLong = !GetCurrentDirectory(kPathBytes, directory) && errno == ERANGE;
     if (!path || !output || (tooLong && *path != '/'))
         return 0;
-    const std::optional<std::string> form = NormalPath(path, directory);
-    if (!form || size == 0)
-        return 0;
-    lstrcpyn(output, form->c_str(), static_cast<int32_t>(std::min(size, kPathBytes)));
-    return lstrlen(output);
+    return OrNoMemory(0u, [&]() -> uint32_t {
+        const std::optional<std::string> form = NormalPath(path, directory);
+        if (!form || size == 0)
+            return 0;
+        lstrcpyn(output, form->c_str(), static_cast<int32_t>(std::min(size, kPathBytes)));
+        return lstrlen(output);
+    });
 }
 
 uint32_t GetFullPathName(const char *path, uint32_t size, char *output, char **filePart)
@@ -64,14 +79,6 @@ uint32_t GetFullPathName(const char *path, uint32_t size, char *output, char **f
     if (filePart && length != 0)
         *filePart = strrchr(output, '/') + 1;
     return length;
-}
-
-static void StorePart(char *buffer, std::string_view part)
-{
-    if (!buffer)
-        return;
-    part.copy(buffer, part.size());
-    buffer[part.size()] = '\0';
 }
 
 void splitpath(const char *path, char *drive, char *directory, char *name, char *extension)

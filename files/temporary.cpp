@@ -5,6 +5,7 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "wexelxi/environment.h"
 #include "wexelxi/files.h"
 #include "wexelxi/paths.h"
@@ -12,7 +13,9 @@
 
 using namespace wexelxi;
 
-static uint32_t FindTempDirectory(uint32_t size, char *buffer)
+namespace {
+
+uint32_t FindTempDirectory(uint32_t size, char *buffer)
 {
     for (const char *variable : {"TMP", "TEMP"}) {
         if (const uint32_t length = GetEnvironmentVariable(variable, buffer, size))
@@ -20,6 +23,22 @@ static uint32_t FindTempDirectory(uint32_t size, char *buffer)
     }
     return GetCurrentDirectory(size, buffer);
 }
+
+// Puts the first free number behind a stem that stands at name. A name that could not be asked for,
+// since there was no memory, is not known to be free.
+uint32_t NumberName(char *name, size_t stem)
+{
+    const uint32_t first = GetTickCount();
+    for (uint32_t i = 0; i <= 0xFFFF; i++) {
+        const auto tried = static_cast<uint16_t>(first + i);
+        sprintf(name + stem, "%04x.tmp", static_cast<unsigned>(tried));
+        if (!DoesFileExist(name))
+            return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? 0 : tried;
+    }
+    return FailWith(ERROR_FILE_EXISTS, 0u);
+}
+
+} // namespace
 
 uint32_t GetTempPath(uint32_t size, char *buffer)
 {
@@ -40,15 +59,10 @@ uint32_t GetTempFileName(const char *directory, const char *prefix, uint32_t, ch
     SetLastError(ERROR_SUCCESS);
     if (!directory || !prefix || !name)
         return 0;
-    const std::string stem = std::string(directory) + '/' + prefix;
-    memcpy(name, stem.c_str(), stem.size());
-    char *number = name + stem.size();
-    const uint32_t first = GetTickCount();
-    for (uint32_t i = 0; i <= 0xFFFF; i++) {
-        const auto tried = static_cast<uint16_t>(first + i);
-        sprintf(number, "%04x.tmp", static_cast<unsigned>(tried));
-        if (!DoesFileExist(name))
-            return tried;
-    }
-    return FailWith(ERROR_FILE_EXISTS, 0u);
+    return OrNoMemory(0u, [&] {
+        // Both may lie where the name goes.
+        const std::string stem = std::string(directory) + '/' + prefix;
+        memcpy(name, stem.data(), stem.size());
+        return NumberName(name, stem.size());
+    });
 }

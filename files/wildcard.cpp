@@ -3,23 +3,40 @@
 #include "files/wildcard.h"
 
 #include <cctype>
+#include <functional>
 
 namespace wexelxi {
 namespace {
 
 // Characters count as signed, as the platform's table has them.
-bool SameCharacter(char a, char b, bool caseSensitive)
+bool AreSameFolded(char a, char b)
 {
-    if (a == b || caseSensitive)
-        return a == b;
-    return toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b));
+    return a == b || toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b));
 }
 
-size_t FindCharacter(std::string_view name, size_t from, char wanted, bool caseSensitive)
+template <typename Same>
+bool Walk(std::string_view pattern, std::string_view name, Same same)
 {
-    while (from < name.size() && !SameCharacter(name[from], wanted, caseSensitive))
-        from++;
-    return from;
+    const char *p = pattern.data(), *patternEnd = p + pattern.size();
+    const char *n = name.data(), *nameEnd = n + name.size();
+    for (; n < nameEnd; n++, p++) {
+        if (p == patternEnd)
+            return false;
+        if (*p == '*') {
+            while (p < patternEnd && *p == '*')
+                p++;
+            if (p == patternEnd)
+                return true;
+            // What follows a star is taken literally, a '?' too.
+            while (n < nameEnd && !same(*p, *n))
+                n++;
+            if (n == nameEnd)
+                return false;
+        } else if (*p != '?' && !same(*p, *n)) {
+            return false;
+        }
+    }
+    return p == patternEnd;
 }
 
 } // namespace
@@ -28,23 +45,8 @@ bool MatchesWildcard(std::string_view pattern, std::string_view name, bool caseS
 {
     if (pattern == "*.*")
         return true;
-    size_t p = 0;
-    for (size_t n = 0; n < name.size(); n++, p++) {
-        if (p == pattern.size())
-            return false;
-        if (pattern[p] == '*') {
-            p = pattern.find_first_not_of('*', p);
-            if (p == std::string_view::npos)
-                return true;
-            // What follows a star is taken literally, a '?' too.
-            n = FindCharacter(name, n, pattern[p], caseSensitive);
-            if (n == name.size())
-                return false;
-        } else if (pattern[p] != '?' && !SameCharacter(pattern[p], name[n], caseSensitive)) {
-            return false;
-        }
-    }
-    return p == pattern.size();
+    return caseSensitive ? Walk(pattern, name, std::equal_to<char>())
+                         : Walk(pattern, name, AreSameFolded);
 }
 
 bool MatchesAnyWildcard(std::string_view list, std::string_view name, char separator,

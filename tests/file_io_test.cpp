@@ -1,7 +1,9 @@
 // File handles: opening by disposition, any order of calls against a model, and what failures
 // leave.
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -9,6 +11,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
@@ -32,6 +35,7 @@ TEST(CreateFile, FollowsItsDispositions)
     };
     const Row rows[] = {{"old", kReadWrite, CREATE_NEW, false, 80, "12345"},
                         {"folder", kReadWrite, CREATE_NEW, false, 80, ""},
+                        {".a", kReadWrite, CREATE_NEW, false, 80, "12345"}, // no search finds it
                         {"new", kReadWrite, CREATE_NEW, true, 2, "x"},
                         {"old", GENERIC_READ, CREATE_ALWAYS, true, 0, "x"},
                         {"folder", GENERIC_WRITE, CREATE_ALWAYS, false, 123, ""},
@@ -48,6 +52,7 @@ TEST(CreateFile, FollowsItsDispositions)
         SCOPED_TRACE(testing::Message() << row.name << " " << row.disposition);
         ScratchFolder folder;
         WriteWholeFile(folder.file("old"), "12345");
+        WriteWholeFile(folder.file(".a"), "12345");
         mkdir(folder.file("folder").c_str(), 0777);
         const size_t descriptors = OpenDescriptors();
         HANDLE handle = Open(folder.file(row.name), row.access, row.disposition);
@@ -61,63 +66,73 @@ TEST(CreateFile, FollowsItsDispositions)
     }
 }
 
-TEST(FileHandle, ActsAsBytesWithAPositionInAnyOrderOfCalls)
+// The twin: a stream of the platform's on a file of its own, asked step by step as the contract
+// has it. Somebody else appends to both files when they are flushed.
+TEST(FileHandle, ActsAsItsStreamInAnyOrderOfCalls)
 {
     ScratchFolder folder;
     HANDLE handle = Open(folder.file("f"), kReadWrite, CREATE_ALWAYS);
-    std::string bytes;
-    size_t at = 0;
+    FILE *twin = fopen(folder.file("twin").c_str(), "w+");
+    const auto append = [&folder](const char *name, const std::string &bytes) {
+        std::ofstream(folder.file(name), std::ios::app) << bytes;
+    };
     std::mt19937 random(20);
     for (int step = 0; step < 20000; step++) {
         SCOPED_TRACE(step);
         std::string part(random() % 4 ? random() % 40 : random() % 20000, static_cast<char>(step));
+        std::string twinPart = part;
         const auto size = static_cast<uint32_t>(part.size());
         uint32_t count = 99;
         int64_t wide = -1;
-        switch (random() % 6) {
-        case 0: { // a seek first, since the end of a file stays seen until one
-            SetFilePointerEx(handle, 0, nullptr, FILE_CURRENT);
+        switch (random() % 7) {
+        case 0:
             ASSERT_TRUE(ReadFile(handle, part.data(), size, &count, nullptr));
-            const std::string expected = at < bytes.size() ? bytes.substr(at, size) : "";
-            ASSERT_EQ(part.substr(0, count), expected);
-            at += count;
+            fflush(twin);
+            ASSERT_EQ(count, fread(twinPart.data(), 1, size, twin));
+            ASSERT_TRUE(part == twinPart);
             break;
-        }
         case 1:
             ASSERT_TRUE(WriteFile(handle, part.data(), size, &count, nullptr));
-            ASSERT_EQ(count, size);
-            if (size > 0)
-                bytes.resize(std::max(bytes.size(), at + size), '\0');
-            bytes.replace(std::min(at, bytes.size()), size, part);
-            at += size;
+            ASSERT_EQ(count, fwrite(part.data(), 1, size, twin));
             break;
         case 2: {
             const uint32_t method = random() % 4;
-            const size_t origins[] = {0, at, bytes.size(), 0};
+            const int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END, SEEK_SET};
             const int32_t offset = static_cast<int32_t>(random() % 30000) - 10000;
-            const int64_t target = static_cast<int64_t>(origins[method]) + offset;
-            const bool good = target >= 0;
-            ASSERT_EQ(SetFilePointer(handle, offset, nullptr, method),
-                      good ? static_cast<uint32_t>(target) : INVALID_SET_FILE_POINTER);
-            ASSERT_EQ(GetLastError(), good ? 0u : 12u);
-            at = good ? static_cast<size_t>(target) : at;
+            const bool good = fseek(twin, offset, origins[method]) == 0;
+            EXPECT_OUTCOME(SetFilePointer(handle, offset, nullptr, method),
+                           good ? static_cast<uint32_t>(ftell(twin)) : INVALID_SET_FILE_POINTER,
+                           good ? ERROR_SUCCESS : ERROR_INVALID_ACCESS);
             break;
         }
-        case 3:
+        case 3: {
+            const long place = ftell(twin);
+            fseek(twin, 0, SEEK_END);
             ASSERT_TRUE(GetFileSizeEx(handle, &wide));
-            ASSERT_EQ(wide, static_cast<int64_t>(bytes.size()));
+            ASSERT_EQ(wide, ftell(twin));
+            fseek(twin, place, SEEK_SET);
             break;
+        }
         case 4:
             ASSERT_TRUE(SetEndOfFile(handle));
-            bytes.resize(at, '\0');
+            fseek(twin, 0, SEEK_CUR);
+            ASSERT_EQ(ftruncate(fileno(twin), ftell(twin)), 0);
+            break;
+        case 5:
+            ASSERT_TRUE(FlushFileBuffers(handle));
+            fflush(twin);
+            append("f", part);
+            append("twin", part);
             break;
         default:
             ASSERT_TRUE(FlushFileBuffers(handle));
-            ASSERT_EQ(ReadWholeFile(folder.file("f")), bytes);
+            fflush(twin);
+            ASSERT_TRUE(ReadWholeFile(folder.file("f")) == ReadWholeFile(folder.file("twin")));
         }
     }
+    fclose(twin);
     EXPECT_TRUE(CloseHandle(handle));
-    EXPECT_EQ(ReadWholeFile(folder.file("f")), bytes);
+    EXPECT_TRUE(ReadWholeFile(folder.file("f")) == ReadWholeFile(folder.file("twin")));
 }
 
 TEST(FileHandle, RefusesWhatIsNone)

@@ -97,12 +97,25 @@ TEST(Find, FindsByPatternAndByPlainName)
     struct Row {
         const char *pattern, *exact, *folded;
     };
-    const Row rows[] = {
-        {"*", all, all},    {"?.TXT", "", "a.txt b.txt "}, {"README", "README ", "README "},
-        {"*.*", all, all},  {"readme", "", "README "},     {".ab", ".ab ", ".ab "},
-        {".a", "", ""},     {"x*y", "x*y ", "x*y "},       {"link", "link ", "link "},
-        {"a.txt/", "", ""}, {"a.txt/b", "", ""},           {"\xE9\xFF", "\xE9\xFF ", "\xE9\xFF "},
-        {"s*/x", "", ""},   {"sub", ". .. ", ". .. "},     {"sub/", ". .. ", ". .. "}};
+    const Row rows[] = {{"*", all, all},
+                        {"?.TXT", "", "a.txt b.txt "},
+                        {"README", "README ", "README "},
+                        {"*.*", all, all},
+                        {"readme", "", "README "},
+                        {".ab", ".ab ", ".ab "},
+                        {".a", "", ""},
+                        {"x*y", "x*y ", "x*y "},
+                        {"link", "link ", "link "},
+                        {"a.txt/", "", ""},
+                        {"a.txt/b", "", ""},
+                        {"\xE9\xFF", "\xE9\xFF ", "\xE9\xFF "},
+                        {"s*/x", "", ""},
+                        {"sub", ". .. ", ". .. "},
+                        {"sub/", ". .. ", ". .. "},
+                        {"sub/.", ". .. ", ". .. "},
+                        {"link/x", "", ""},
+                        {"no/x", "", ""},
+                        {"a.txt/..", "", ""}};
     const size_t descriptors = OpenDescriptors();
     for (const Row &row : rows) {
         gFileMode = 0;

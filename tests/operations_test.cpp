@@ -138,10 +138,11 @@ TEST(CopyFile, FailsWithoutHarm)
         uint32_t error;
     };
     const Row rows[] = {
-        {"f", "g", 1, 80},         {"f", "f", 1, 80},         {"f", "f", 0, 32},
-        {"f", "hard", 0, 32},      {"soft", "f", 0, 32},      {"f", "folder/../soft", 0, 32},
-        {"absent", "new", 1, 2},   {"absent", "g", 0, 2},     {"f", "folder", 0, 123},
-        {"folder", "part", 0, 30}, {"f", "/dev/full", 0, 29}, {"f", "no/f", 0, 2}};
+        {"f", "g", 1, 80},         {"f", "f", 1, 80},          {"f", "f", 0, 32},
+        {"f", "hard", 0, 32},      {"soft", "f", 0, 32},       {"f", "folder/../soft", 0, 32},
+        {"absent", "new", 1, 2},   {"absent", "g", 0, 2},      {"f", "folder", 0, 123},
+        {"folder", "part", 0, 30}, {"f", "/dev/full", 0, 29},  {"f", "no/f", 0, 2},
+        {"folder", "g", 0, 30},    {"folder", "folder", 0, 32}};
     const size_t descriptors = OpenDescriptors();
     for (const Row &row : rows) {
         SCOPED_TRACE(std::string(row.source) + " to " + row.target);

@@ -66,16 +66,16 @@ extern "C" {
  *  @param access       GENERIC_WRITE opens for writing too; GENERIC_READ is not looked at.
  *  @param shareMode    not read.
  *  @param security     not read.
- *  @param disposition  CREATE_NEW (an existing name is refused) and CREATE_ALWAYS empty or create
- *                      the file; OPEN_ALWAYS creates an absent one; all others, among them
- *                      TRUNCATE_EXISTING, open what is there and cut nothing. A file that is
- *                      created or emptied without GENERIC_WRITE is write-only.
+ *  @param disposition  CREATE_NEW creates the file and never opens one that exists; CREATE_ALWAYS
+ *                      empties or creates it; OPEN_ALWAYS creates an absent one; all others, among
+ * them TRUNCATE_EXISTING, open what is there and cut nothing. A file that is created or emptied
+ * without GENERIC_WRITE is write-only.
  *  @param flags        not read.
  *  @param templateFile not read.
  *  @return the handle, or INVALID_HANDLE_VALUE.
  *  Last error: on success 0, or 2 where CREATE_NEW or OPEN_ALWAYS found no such name, or for a port
  *  what the lookup in the profile left; 80 (CREATE_NEW of an existing name); 31 (a port that does
- *  not open, no memory); Unix. Lock: yes. */
+ *  not open, no memory for the handle); 8 (no other memory); Unix. Lock: yes. */
 WEXELXI_API HANDLE CreateFile(const char *name, uint32_t access, uint32_t shareMode,
                               LPVOID security, uint32_t disposition, uint32_t flags,
                               HANDLE templateFile);
@@ -160,7 +160,7 @@ WEXELXI_API BOOL UnlockFile(HANDLE handle, uint32_t offsetLow, uint32_t offsetHi
 
 /** Whether FindFirstFile finds the name: so wildcards work, a directory exists, case is folded when
  *  gFileMode is not 0, and what lies in a directory that cannot be listed does not exist.
- *  Last error: 0 (found); 2. Lock: yes. */
+ *  Last error: 0 (found); 2; 8 (no memory to look). Lock: yes. */
 WEXELXI_API BOOL DoesFileExist(const char *name);
 
 /** As CloseHandle. @return 0, or HFILE_ERROR. Last error: as CloseHandle. Lock: yes. */
@@ -244,7 +244,8 @@ WEXELXI_API uint32_t GetTempPath(uint32_t size, char *buffer);
  *  @param name       receives the name; room for the directory, the prefix and 10 bytes more. Null
  *                    gives 0.
  *  @return the number in the name, which may be 0.
- *  Last error: 2 (found); 0 (a null argument); 80 (all 65536 names are taken). Lock: yes. */
+ *  Last error: 2 (found); 0 (a null argument); 80 (all 65536 names are taken); 8 (no memory).
+ *  Lock: yes. */
 WEXELXI_API uint32_t GetTempFileName(const char *directory, const char *prefix, uint32_t unique,
                                      char *name);
 

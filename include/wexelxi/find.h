@@ -62,7 +62,8 @@ WEXELXI_FIELD(FILfindData, filter, 16);
  *  @param data  receives the entry. An entry that cannot be examined, such as a dangling link,
  * keeps what the record held in its times and size.
  *  @return the search, to be ended with FindClose, or INVALID_HANDLE_VALUE.
- *  Last error: 0, or 31 for an entry that cannot be examined (both found); 2. Lock: yes. */
+ *  Last error: 0, or 31 for an entry that cannot be examined (both found); 2; 8 (no memory).
+ *  Lock: yes. */
 WEXELXI_API HANDLE FindFirstFile(const char *name, WIN32_FIND_DATA *data);
 
 /** Tells the next entry of a search.

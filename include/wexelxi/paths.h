@@ -21,7 +21,7 @@ extern "C" {
  *  @return the length of what output received. 0, with output untouched, if the form exceeds 4095
  *          characters or the path is relative to a current directory of more than 4092.
  *  Last error: 0; 16 (the current directory could not be read; if it no longer exists, a relative
- *  path then counts from the root). Lock: yes. */
+ *  path then counts from the root); 8 (no memory). Lock: yes. */
 WEXELXI_API uint32_t GetFilePath(const char *path, uint32_t size, char *output);
 
 /** As GetFilePath, and finds the file part.

@@ -243,7 +243,8 @@ private:
         fs::current_path(library_.folder.path());
         if (!succeeded && refusal.family == Families)
             Complain("failed with last error " + std::to_string(error));
-        if (!succeeded && refusal.family == Allocation && error != ERROR_NOT_ENOUGH_MEMORY)
+        if (!succeeded && refusal.family == Allocation && error != ERROR_NOT_ENOUGH_MEMORY &&
+            error != scenario_.forNoHandle)
             Complain("no memory was told as last error " + std::to_string(error));
         if (pthread_getspecific(gCriticalSectionTLS) || !MutexIsFree())
             Complain("the lock is held");

@@ -2,6 +2,7 @@
 // left. For programs that link the library's objects, in which the linker puts these calls between.
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 
 // What is tried: one call of the library, or a few. It gives back all that it opens and names its
@@ -10,6 +11,7 @@ struct Scenario {
     const char *name;
     bool (*succeeds)();        // false with the last error of the export that failed
     void (*prepare)() = [] {}; // what stands before the calls are refused
+    uint32_t forNoHandle = 0;  // the last error that its contract has for want of a handle's record
 };
 
 inline void PrintTo(const Scenario &scenario, std::ostream *out)
