@@ -5,9 +5,8 @@
 #include <cstring>
 #include <string>
 
-#include "print/devmode.h"
+#include "fuzz/damaged_record.h"
 #include "print/merge.h"
-#include "tests/support/record.h"
 #include "wexelxi/memory.h"
 
 using namespace wexelxi;
@@ -18,18 +17,6 @@ void Require(bool holds)
 {
     if (!holds)
         abort();
-}
-
-// Whole record from block bytes: the head's length and content vary with the block.
-std::string RecordOf(uint8_t shape, const std::string &block)
-{
-    static constexpr uint16_t heads[] = {516, 600, 512, 393, 392, 391, 64, 0};
-    const size_t head = heads[shape % 8];
-    const size_t extra = std::min<size_t>(block.size(), UINT16_MAX);
-    std::string bytes(std::max<size_t>(head + extra, 392), static_cast<char>(shape));
-    bytes.replace(head, extra, block, 0, extra);
-    bytes.replace(388, 2, Number(static_cast<int64_t>(head), 2));
-    return bytes.replace(390, 2, Number(static_cast<int64_t>(extra), 2));
 }
 
 void ChangeEveryOption(const TestRecord &record, const std::string &name)
@@ -60,8 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     const std::string input(reinterpret_cast<const char *>(data), size);
     const size_t split = (data[2] + size_t{256} * data[3]) % (size - 3);
-    const TestRecord first(RecordOf(data[0], input.substr(4, split)));
-    const TestRecord second(RecordOf(data[1], input.substr(4 + split)));
+    const TestRecord first(DamagedRecord(data[0], input.substr(4, split)));
+    const TestRecord second(DamagedRecord(data[1], input.substr(4 + split)));
     const std::string name = input.substr(4, 8);
 
     static constexpr uint16_t codes[] = {0, 9, 256, 0x0101};
