@@ -4,7 +4,7 @@ set(scratch ${WORK}/info-test)
 file(REMOVE_RECURSE ${scratch})
 file(MAKE_DIRECTORY ${scratch}/empty ${scratch}/full ${scratch}/tmp)
 file(WRITE ${scratch}/full/wexelxi.ini
-  "[Setup]\r\nVersion=7\r\nTimerRate=5000\r\n\r\n[Ports]\r\nCOM7=/dev/null,rs232\r\nCOM8=/no/such\"device,modem\r\nDelay=9\r\n\r\n[Localize]\r\nLocale=de\r\n")
+  "[Setup]\r\nVersion=7\r\nTimerRate=5000\r\n\r\n[Ports]\r\nCOM7=/dev/null,rs232\r\nCOM8=/no/such\"device,modem\r\ncom3=/dev/null,rs232\r\nCOM4=/dev/null,rs322\r\nCOM5=/dev/null\r\nFOO=/dev/null,modem\r\nDelay=9\r\n\r\n[Localize]\r\nLocale=xx\r\n")
 file(READ ${scratch}/full/wexelxi.ini before)
 set(ENV{TMPDIR} ${scratch}/tmp)
 set(ENV{CUPS_SERVER} ${scratch}/no-such-socket)
@@ -54,10 +54,12 @@ if(bad OR NOT timer STREQUAL "5000")
 endif()
 foreach(row
     "configuration folderFrom|the variable WEXELXIDIR" "settings values 0 inForce|7"
-    "settings values 3 inForce|50" "language number|1031" "ports drainSeconds|9"
+    "settings values 3 inForce|50" "language number|1033"
+    "language from|key Locale of section Localize, whose code is unknown" "ports drainSeconds|9"
     "ports ports 0 name|COM7" "ports ports 0 state|opens, no terminal line"
     "ports ports 1 device|/no/such\"device" "ports ports 1 state|No such file or directory"
-    "ports ports 2 from|built in" "locking active|ON")
+    "ports ports 2 state|never looked at: ports have capital letters, write COM3"
+    "ports ports 5 type|none" "ports ports 6 from|built in" "printers count|0" "modules loaded|0" "locking active|ON")
   string(REPLACE "|" ";" row "${row}")
   list(GET row 0 path)
   list(GET row 1 expected)
@@ -74,6 +76,46 @@ if(PYTHON)
   if(NOT status EQUAL 0)
     message(FATAL_ERROR "python3 refuses the JSON")
   endif()
+endif()
+
+# What a host would miss, a line each.
+info(1 --check)
+expect("${out}" "language: \"xx\" of key Locale" "ports: COM8: /no/such\"device: No such file"
+  "ports: com3: never looked at" "ports: COM4: an ordinary file name: \"rs322\" is no type"
+  "ports: COM5: an ordinary file name: no type" "ports: FOO: no port's name"
+  "printers: no scheduler answers at ${scratch}/no-such-socket" "fonts: fontconfig knows no outline font")
+string(REGEX MATCHALL "\n" lines "${out}")
+list(LENGTH lines count)
+if(NOT count EQUAL 8)
+  message(FATAL_ERROR "8 findings expected:\n${out}")
+endif()
+info(0 --check configuration)
+info(1 --check --folder ${scratch}/none/below configuration)
+expect("${out}" "none/below: does not exist" "mkdir -p")
+info(1 --check --folder ${scratch}/full/wexelxi.ini configuration)
+expect("${out}" "not a folder")
+info(0 --folder ${scratch}/none configuration)
+expect("${out}" "fileState: missing\n")
+
+# A file of 30 MB does not hold it up, and what is told is its first part.
+string(REPEAT "[Big]\r\nKey=0123456789012345678901234567890123456789\r\n\r\n" 65536 text)
+foreach(i RANGE 8)
+  file(APPEND ${scratch}/empty/wexelxi.ini "[Setup]\r\nVersion=4\r\nBellLevel=5\r\n\r\n${text}")
+endforeach()
+string(TIMESTAMP start "%s")
+info(0 --folder ${scratch}/empty --json settings configuration)
+string(TIMESTAMP end "%s")
+string(JSON bell GET "${out}" settings values 1 inForce)
+expect("${out} bell=${bell}." "larger than 1 MiB" "bell=5.")
+math(EXPR seconds "${end} - ${start}")
+if(seconds GREATER 5)
+  message(FATAL_ERROR "${seconds} seconds")
+endif()
+file(REMOVE ${scratch}/empty/wexelxi.ini)
+
+if(EXISTS /dev/full)
+  execute_process(COMMAND ${INFO} --help OUTPUT_FILE /dev/full ERROR_VARIABLE err RESULT_VARIABLE status)
+  expect("${status} ${err}" "1 wexelxi-info: the output cannot be written")
 endif()
 
 file(READ ${scratch}/full/wexelxi.ini after)

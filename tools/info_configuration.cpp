@@ -1,7 +1,7 @@
 // Sections configuration and settings: where they come from, and what is in force.
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +9,8 @@
 #include "profile/setup.h"
 #include "tools/info_sections.h"
 #include "wexelxi.h"
+
+namespace fs = std::filesystem;
 
 namespace info {
 
@@ -48,24 +50,61 @@ Value TextsRecord()
     return Value::Record{{"section", language}, {"texts", 135}, {"differentFromBuiltIn", changed}};
 }
 
-std::string FileState(const std::string &file)
+// What keeps a host from using the folder, with the remedy; nothing if it can.
+std::string FolderFault(const std::string &folder)
 {
-    struct stat state;
-    if (stat(file.c_str(), &state) != 0)
-        return errno == ENOENT ? "missing: a first start writes it" : strerror(errno);
-    if (access(file.c_str(), R_OK) != 0)
-        return std::string("not readable: ") + strerror(errno);
-    return access(file.c_str(), W_OK) == 0 ? "readable and writable" : "readable, not writable";
+    std::error_code error;
+    const fs::file_status status = fs::status(folder, error);
+    if (status.type() == fs::file_type::not_found) {
+        fs::path above = fs::absolute(folder, error);
+        while (above.has_relative_path() && !fs::exists(above, error))
+            above = above.parent_path();
+        return std::string("does not exist, and the library makes none: make it, with mkdir -p") +
+               (access(above.c_str(), W_OK) == 0 ? "" : " as root: this user may not");
+    }
+    if (error)
+        return error.message() + ": let the host's user in";
+    if (!fs::is_directory(status))
+        return "not a folder: name another one in WEXELXIDIR";
+    return access(folder.c_str(), W_OK | X_OK) == 0
+               ? ""
+               : "not writable: settings will not be kept; let the host's user write there";
 }
 
-std::string FolderState(const std::string &folder)
+std::string FileFault(const Session &session)
 {
-    struct stat state;
-    if (stat(folder.c_str(), &state) != 0)
-        return strerror(errno);
-    if (!S_ISDIR(state.st_mode))
-        return "not a folder";
-    return access(folder.c_str(), W_OK | X_OK) == 0 ? "writable" : "not writable";
+    const std::string &file = session.place().file;
+    std::error_code error;
+    if (!fs::exists(file, error))
+        return "";
+    if (!fs::is_regular_file(file, error))
+        return "no ordinary file: the library reads nothing from it; remove it";
+    if (access(file.c_str(), R_OK) != 0)
+        return "not readable: the defaults hold; let the host's user read it";
+    return access(file.c_str(), W_OK) == 0
+               ? ""
+               : "not writable: settings will not be kept; let the host's user write it";
+}
+
+std::string FolderOf(const Session &session)
+{
+    const std::string &folder = session.place().folder;
+    return folder.empty() ? "/" : folder;
+}
+
+std::string FileState(const Session &session)
+{
+    std::error_code error;
+    const std::string fault = FileFault(session);
+    if (!fault.empty())
+        return fault;
+    if (!fs::exists(session.place().file, error))
+        return FolderFault(FolderOf(session)).empty() ? "missing: a first start writes it"
+                                                      : "missing";
+    return session.isCut()
+               ? "larger than 1 MiB: every start reads it all many times, and only its first MiB "
+                 "is told here; keep data elsewhere"
+               : "readable and writable";
 }
 
 } // namespace
@@ -75,12 +114,13 @@ Value DescribeConfiguration(const Session &session)
     const Place &place = session.place();
     struct stat state = {};
     stat(place.file.c_str(), &state);
+    const std::string fault = FolderFault(FolderOf(session));
     return Value::Record{
         {"folder", place.folder},
         {"folderFrom", place.folderFrom},
-        {"folderState", FolderState(place.folder.empty() ? "/" : place.folder)},
+        {"folderState", fault.empty() ? "writable" : fault},
         {"file", place.file},
-        {"fileState", FileState(place.file)},
+        {"fileState", FileState(session)},
         {"fileBytes", static_cast<int64_t>(state.st_size)},
     };
 }
@@ -104,6 +144,18 @@ Value DescribeSettings(const Session &)
     return Value::Record{{"texts", TextsRecord()},
                          {"screenResolution", Value::List{gLOGPIXELSX, gLOGPIXELSY}},
                          {"values", std::move(rows)}};
+}
+
+Faults CheckConfiguration(const Session &session)
+{
+    Faults faults;
+    const std::string folderFault = FolderFault(FolderOf(session));
+    if (!folderFault.empty())
+        faults.push_back(FolderOf(session) + ": " + folderFault);
+    const std::string fileFault = FileFault(session);
+    if (!fileFault.empty())
+        faults.push_back(session.place().file + ": " + fileFault);
+    return faults;
 }
 
 } // namespace info

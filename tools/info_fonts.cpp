@@ -33,12 +33,18 @@ Value Variable(const char *name)
     return value ? Value(value) : Value();
 }
 
+Families InstalledFamilies()
+{
+    Families families;
+    EnumFonts(nullptr, nullptr, CountFace, reinterpret_cast<intptr_t>(&families));
+    return families;
+}
+
 } // namespace
 
 Value DescribeFonts(const Session &)
 {
-    Families families;
-    EnumFonts(nullptr, nullptr, CountFace, reinterpret_cast<intptr_t>(&families));
+    const Families families = InstalledFamilies();
     Value::List rows;
     int64_t faces = 0;
     for (const auto &[name, family] : families) {
@@ -53,6 +59,14 @@ Value DescribeFonts(const Session &)
                          {"families", static_cast<int64_t>(families.size())},
                          {"faces", faces},
                          {"list", std::move(rows)}};
+}
+
+Faults CheckFonts(const Session &)
+{
+    if (!InstalledFamilies().empty())
+        return {};
+    return {"fontconfig knows no outline font: install one (fonts-dejavu-core, say) and look at "
+            "fc-list and FONTCONFIG_FILE"};
 }
 
 } // namespace info

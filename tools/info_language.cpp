@@ -16,13 +16,31 @@ Value Variable(const char *name)
     return value ? Value(value) : Value();
 }
 
-// Which of the places that a language can come from has one.
-const char *LanguageSource(const std::string &inFile)
+std::string CodeInFile()
+{
+    char code[256] = "";
+    GetProfileString("Localize", "Locale", "", code, sizeof code);
+    return code;
+}
+
+bool IsKnown(const std::string &code)
+{
+    for (const LANGUAGEENTRY *row = gLanguageTable; row->name; row++)
+        if (!code.empty() && code == row->code)
+            return true;
+    return false;
+}
+
+// Which of the places that a language can come from has a code, and that code.
+std::pair<std::string, std::string> LanguageSource()
 {
     const char *variable = getenv("WEXELLOCALE");
     if (variable && *variable)
-        return "the variable WEXELLOCALE";
-    return inFile.empty() ? "the default, en-us" : "key Locale of section Localize";
+        return {"the variable WEXELLOCALE", variable};
+    const std::string inFile = CodeInFile();
+    if (!inFile.empty())
+        return {"key Locale of section Localize", inFile};
+    return {"the default", "en-us"};
 }
 
 Value LocaleText(uint32_t language, uint32_t key)
@@ -70,13 +88,14 @@ std::string Minutes(int32_t minutes)
 
 Value DescribeLanguage(const Session &)
 {
-    char inFile[256] = "";
-    GetProfileString("Localize", "Locale", "", inFile, sizeof inFile);
+    const auto [source, code] = LanguageSource();
     const uint32_t language = GetUserDefaultLCID();
     Value::Record told = LanguageNames(language);
-    told.insert(told.begin(), {{"number", language}, {"from", LanguageSource(inFile)}});
+    told.insert(told.begin(),
+                {{"number", language},
+                 {"from", source + (IsKnown(code) ? "" : ", whose code is unknown")}});
     told.push_back({"WEXELLOCALE", Variable("WEXELLOCALE")});
-    told.push_back({"inFile", inFile});
+    told.push_back({"inFile", CodeInFile()});
     told.push_back({"answers", Samples(language)});
     return told;
 }
@@ -98,6 +117,15 @@ Value DescribeTimeZone(const Session &)
                          {"daylightName", zone.DaylightName},
                          {"daylightBias", zone.DaylightBias},
                          {"localTime", now}};
+}
+
+Faults CheckLanguage(const Session &)
+{
+    const auto [source, code] = LanguageSource();
+    if (IsKnown(code))
+        return {};
+    return {"\"" + code + "\" of " + source +
+            " is no language code, and US English answers: " + "write one such as de, fr or pt-br"};
 }
 
 } // namespace info

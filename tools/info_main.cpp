@@ -55,6 +55,21 @@ void PrintText(const Value::Record &report)
     }
 }
 
+// A line for each thing that a host would miss.
+int Check(const Session &session, const Options &options)
+{
+    Exit result = kDone;
+    for (const Section &section : kSections) {
+        if (!section.check || !IsWanted(section, options))
+            continue;
+        for (const std::string &fault : section.check(session)) {
+            printf("%s: %s\n", section.name, fault.c_str());
+            result = kNotTold;
+        }
+    }
+    return result;
+}
+
 int Report(const Options &options)
 {
     const Session session(FindPlace(options));
@@ -62,6 +77,8 @@ int Report(const Options &options)
         fprintf(stderr, "wexelxi-info: %s\n", session.failure().c_str());
         return kNotTold;
     }
+    if (options.check)
+        return Check(session, options);
     Value::Record report;
     for (const Section &section : kSections)
         if (IsWanted(section, options))
@@ -70,7 +87,18 @@ int Report(const Options &options)
         printf("%s\n", ToJson(report).c_str());
     else
         PrintText(report);
-    return fflush(stdout) == 0 && !ferror(stdout) ? kDone : kNotTold;
+    return kDone;
+}
+
+int Run(const Options &options)
+{
+    if (options.help)
+        fputs(kHelp, stdout);
+    else if (options.version)
+        puts("wexelxi-info " INFO_VERSION);
+    else
+        return Report(options);
+    return kDone;
 }
 
 } // namespace
@@ -83,11 +111,9 @@ int main(int count, char **arguments)
         fprintf(stderr, "wexelxi-info: %s\nTry 'wexelxi-info --help'.\n", mistake.c_str());
         return kUsage;
     }
-    if (options.help)
-        fputs(kHelp, stdout);
-    else if (options.version)
-        puts("wexelxi-info " INFO_VERSION);
-    else
-        return Report(options);
-    return kDone;
+    const int result = Run(options);
+    if (fflush(stdout) == 0 && !ferror(stdout))
+        return result;
+    fputs("wexelxi-info: the output cannot be written; is its disk full?\n", stderr);
+    return kNotTold;
 }

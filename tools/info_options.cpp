@@ -14,6 +14,7 @@ const char kHelp[] =
     "\n"
     "  -f, --folder=DIR  look at this configuration folder\n"
     "      --host=PATH   look as the host program PATH would, whose folder is the default\n"
+    "      --check       tell only what is broken for a host, with its remedy\n"
     "      --json        write JSON, for programs\n"
     "  -h, --help        write this text\n"
     "      --version     write the version\n"
@@ -23,15 +24,20 @@ const char kHelp[] =
     "configuration file, which is removed at once, so a folder without a file stays without one.\n"
     "Ports are opened without waiting and without a change to the line.\n"
     "\n"
-    "Exit status: 0, 1 if the library could not be started, 2 for a wrong command line.\n";
+    "Exit status: 0, 1 if the library could not be started, the output not be written, or --check\n"
+    "found something, 2 for a wrong command line.\n";
 
 Options ReadOptions(int count, char **arguments)
 {
-    enum { Json = 256, Version, Host };
+    enum { Json = 256, Version, Host, Check };
     static const option known[] = {
-        {"folder", required_argument, nullptr, 'f'}, {"help", no_argument, nullptr, 'h'},
-        {"host", required_argument, nullptr, Host},  {"json", no_argument, nullptr, Json},
-        {"version", no_argument, nullptr, Version},  {nullptr, 0, nullptr, 0},
+        {"check", no_argument, nullptr, Check},
+        {"folder", required_argument, nullptr, 'f'},
+        {"help", no_argument, nullptr, 'h'},
+        {"host", required_argument, nullptr, Host},
+        {"json", no_argument, nullptr, Json},
+        {"version", no_argument, nullptr, Version},
+        {nullptr, 0, nullptr, 0},
     };
     Options options;
     opterr = 0;
@@ -39,6 +45,9 @@ Options ReadOptions(int count, char **arguments)
         switch (found) {
         case 'f':
             options.folder = optarg;
+            break;
+        case Check:
+            options.check = true;
             break;
         case Host:
             options.host = optarg;

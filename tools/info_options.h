@@ -10,6 +10,7 @@ struct Options {
     std::vector<std::string> sections; // empty means all
     std::string folder;                // --folder, or empty
     std::string host;                  // --host, or empty
+    bool check = false;
     bool json = false;
     bool help = false;
     bool version = false;

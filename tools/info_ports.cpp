@@ -26,6 +26,17 @@ std::string OpenState(const std::string &device)
     return isTerminal ? "opens, a terminal line" : "opens, no terminal line";
 }
 
+// Why the device does not open, and what to do about it; nothing if it does.
+std::string DeviceFault(const std::string &device)
+{
+    const std::string state = OpenState(device);
+    if (state.compare(0, 5, "opens") == 0)
+        return "";
+    return device + ": " + state + "; " +
+           (errno == EACCES ? "let the host's user open it (usermod -aG dialout USER)"
+                            : "attach the device, or correct its entry in section Ports");
+}
+
 const char *TypeName(uint32_t type)
 {
     static const char *const names[] = {"none",  "rs232", "parallelport", "rs422",
@@ -33,18 +44,54 @@ const char *TypeName(uint32_t type)
     return type < std::size(names) ? names[type] : "unknown";
 }
 
-Value PortRow(std::string name, const char *from)
+struct Port {
+    std::string name; // as section "Ports" or the built-in list has it
+    std::string device;
+    uint32_t type = PST_UNSPECIFIED;
+    std::string typeText; // behind the comma of its entry
+    bool isPort = false;  // whether the library takes the name for a port's
+};
+
+Port LookUp(const std::string &name)
 {
-    const std::string given = name;
-    char device[256] = "";
-    const uint32_t type = GetPortName(name.data(), device, 255);
-    const bool isPort = type != PST_UNSPECIFIED;
+    Port port;
+    port.name = name;
+    std::string given = name; // upper-cased in place
+    std::string entry(256, '\0');
+    port.type = GetPortName(given.data(), entry.data(), 255);
+    port.device = entry.c_str();
+    port.isPort = !port.device.empty();
+    port.typeText = entry.c_str() + port.device.size() + 1; // what stood behind a comma
+    return port;
+}
+
+// What keeps the entry from being a port, and what to do about it; nothing if it is one.
+std::string EntryFault(const Port &port)
+{
+    if (port.type != PST_UNSPECIFIED)
+        return "";
+    if (port.isPort && port.typeText.empty())
+        return "an ordinary file name: no type behind a comma; add one such as rs232";
+    if (port.isPort)
+        return "an ordinary file name: \"" + port.typeText +
+               "\" is no type; write rs232, rs422, rs423, rs449, modem or parallelport";
+    std::string upper = port.name;
+    AnsiUpperBuff(upper.data(), static_cast<uint32_t>(upper.size()));
+    if (LookUp(upper).isPort)
+        return "never looked at: ports have capital letters, write " + upper;
+    return "no port's name: write COM1 to COM9, LPT1 to LPT9, EPT1 to EPT9 or EPT:";
+}
+
+Value PortRow(const std::string &name, const char *from)
+{
+    const Port port = LookUp(name);
+    const std::string fault = EntryFault(port);
     return Value::Record{
-        {"name", given},
+        {"name", name},
         {"from", from},
-        {"type", TypeName(type)},
-        {"device", isPort ? Value(device) : Value()},
-        {"state", isPort ? OpenState(device) : "an ordinary file name: no type behind a comma"},
+        {"type", TypeName(port.type)},
+        {"device", fault.empty() ? Value(port.device) : Value()},
+        {"state", fault.empty() ? OpenState(port.device) : fault},
     };
 }
 
@@ -79,6 +126,20 @@ Value DescribePorts(const Session &)
     const long seconds = strtol(delay, nullptr, 10);
     return Value::Record{{"drainSeconds", static_cast<int64_t>(seconds ? seconds : 120)},
                          {"ports", std::move(rows)}};
+}
+
+Faults CheckPorts(const Session &)
+{
+    Faults faults;
+    for (const std::string &name : ConfiguredNames()) {
+        const Port port = LookUp(name);
+        std::string fault = EntryFault(port);
+        if (fault.empty())
+            fault = DeviceFault(port.device);
+        if (!fault.empty())
+            faults.push_back(name + ": " + fault);
+    }
+    return faults;
 }
 
 } // namespace info

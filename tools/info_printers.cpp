@@ -154,10 +154,21 @@ Value DescribePrinter(const std::string &name)
     return told;
 }
 
+// Why no print scheduler answers, or nothing.
+std::string SchedulerFault()
+{
+    http_t *connection = httpConnect2(cupsServer(), ippPort(), nullptr, AF_UNSPEC, cupsEncryption(),
+                                      1, 3000, nullptr);
+    const std::string reason = connection ? "" : cupsLastErrorString();
+    httpClose(connection);
+    return reason;
+}
+
 } // namespace
 
 Value DescribePrinters(const Session &)
 {
+    const std::string fault = SchedulerFault();
     char defaultName[1024] = "";
     GetDefaultPrinterName(defaultName, sizeof defaultName);
     Value::List printers;
@@ -166,9 +177,19 @@ Value DescribePrinters(const Session &)
         printers.push_back(DescribePrinter(name));
     FreePrinters(list);
     return Value::Record{{"server", cupsServer()},
+                         {"scheduler", fault.empty() ? "answers" : "not reachable: " + fault},
                          {"default", defaultName},
                          {"count", static_cast<int64_t>(printers.size())},
                          {"printers", std::move(printers)}};
+}
+
+Faults CheckPrinters(const Session &)
+{
+    const std::string fault = SchedulerFault();
+    if (fault.empty())
+        return {};
+    return {std::string("no scheduler answers at ") + cupsServer() + " (" + fault +
+            "): start cupsd, or set CUPS_SERVER to where it listens"};
 }
 
 } // namespace info

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
 
 #include "wexelxi.h"
 
@@ -16,30 +18,8 @@ namespace {
 // The longest folder that the library takes.
 constexpr size_t kMaxFolder = 4083;
 
-// A folder that goes away with all that is in it.
-class PrivateFolder {
-public:
-    PrivateFolder()
-    {
-        std::error_code error;
-        path_ = (fs::temp_directory_path(error) / "wexelxi-info-XXXXXX").string();
-        if (error || !mkdtemp(path_.data()))
-            path_.clear();
-    }
-    ~PrivateFolder()
-    {
-        std::error_code ignored;
-        if (!path_.empty())
-            fs::remove_all(path_, ignored);
-    }
-    PrivateFolder(const PrivateFolder &) = delete;
-    PrivateFolder &operator=(const PrivateFolder &) = delete;
-
-    const std::string &path() const { return path_; }
-
-private:
-    std::string path_;
-};
+// A start looks for some two hundred keys, and each look reads the file up to its key.
+constexpr std::streamsize kMaxBytes = 1 << 20;
 
 std::string OwnProgram()
 {
@@ -49,15 +29,22 @@ std::string OwnProgram()
 
 std::string StartIn(const std::string &folder, const Place &place)
 {
-    std::error_code error;
-    fs::copy_file(place.file, folder + "/wexelxi.ini", error); // no file: a first run
     setenv("WEXELXIDIR", folder.c_str(), 1);
     const int32_t status = InitLib(place.host.c_str(), nullptr, 0);
     if (status != 0)
         return "InitLib gives " + std::to_string(status) +
                (status == 3 ? ": fontconfig cannot start" : "");
-    SetWexelXiFolder(place.folder.c_str());
     return "";
+}
+
+// Copies the file, and of a large one its first part. No file: a first run.
+void CopyFirst(const std::string &from, const std::string &to)
+{
+    std::ifstream in(from, std::ios::binary);
+    std::string bytes(kMaxBytes, '\0');
+    in.read(bytes.data(), kMaxBytes);
+    if (in.gcount() > 0)
+        std::ofstream(to, std::ios::binary).write(bytes.data(), in.gcount());
 }
 
 } // namespace
@@ -83,15 +70,37 @@ Place FindPlace(const Options &options)
     return place;
 }
 
+PrivateFolder::PrivateFolder()
+{
+    std::error_code error;
+    path_ = (fs::temp_directory_path(error) / "wexelxi-info-XXXXXX").string();
+    if (error || !mkdtemp(path_.data()))
+        path_.clear();
+}
+
+PrivateFolder::~PrivateFolder()
+{
+    std::error_code ignored;
+    if (!path_.empty())
+        fs::remove_all(path_, ignored);
+}
+
 Session::Session(const Place &place) : place_(place)
 {
-    const PrivateFolder folder;
-    if (folder.path().empty())
+    const PrivateFolder start;
+    if (start.path().empty() || cut_.path().empty()) {
         failure_ = "no temporary folder for a private copy of the configuration file";
-    else if (place.folder.size() > kMaxFolder)
+    } else if (place.folder.size() > kMaxFolder) {
         failure_ = "the configuration folder's path is too long";
-    else
-        failure_ = StartIn(folder.path(), place);
+    } else {
+        CopyFirst(place.file, start.path() + "/wexelxi.ini");
+        struct stat state = {};
+        isCut_ = stat(place.file.c_str(), &state) == 0 && state.st_size > kMaxBytes;
+        if (isCut_)
+            CopyFirst(place.file, cut_.path() + "/wexelxi.ini");
+        failure_ = StartIn(start.path(), place);
+        SetWexelXiFolder((isCut_ ? cut_.path() : place.folder).c_str());
+    }
 }
 
 Session::~Session()

@@ -17,8 +17,23 @@ struct Place {
 
 Place FindPlace(const Options &options);
 
+// A folder that goes away with all that is in it.
+class PrivateFolder {
+public:
+    PrivateFolder();
+    ~PrivateFolder();
+    PrivateFolder(const PrivateFolder &) = delete;
+    PrivateFolder &operator=(const PrivateFolder &) = delete;
+
+    const std::string &path() const { return path_; } // empty if it could not be made
+
+private:
+    std::string path_;
+};
+
 // Starts the library on a private copy of the configuration file, which is gone when the
-// constructor ends. From then on the library looks at the real folder, and nothing here writes.
+// constructor ends. Then the library looks at the real folder, and nothing here writes; of a large
+// file it looks at the first part, in a copy.
 class Session {
 public:
     explicit Session(const Place &place);
@@ -28,10 +43,13 @@ public:
 
     const Place &place() const { return place_; }
     const std::string &failure() const { return failure_; } // empty if the library runs
+    bool isCut() const { return isCut_; }
 
 private:
     Place place_;
+    PrivateFolder cut_; // what the library looks at in place of a large file
     std::string failure_;
+    bool isCut_ = false;
 };
 
 } // namespace info

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
+#include <sstream>
 
 #include "tools/info_sections.h"
 #include "wexelxi.h"
@@ -65,14 +66,19 @@ Value VariableOrNothing(const char *name)
     return value ? Value(value) : Value();
 }
 
-// Names in the folder that LoadLibrary could be given, with the folder in front.
-Value::List ModulesIn(const std::string &folder)
+// The modules in the folders of LD_LIBRARY_PATH, which a load by a bare name looks into.
+Value::List ModulesOnThePath()
 {
+    const char *variable = getenv("LD_LIBRARY_PATH");
+    std::istringstream folders(variable ? variable : "");
     std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error))
-        if (at->path().extension() == ".so")
-            names.push_back(at->path().filename().string());
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        std::error_code error;
+        for (fs::directory_iterator at(folder.empty() ? "." : folder, error), end;
+             !error && at != end; at.increment(error))
+            if (at->path().extension() == ".so")
+                names.push_back(at->path().string());
+    }
     std::sort(names.begin(), names.end());
     return {names.begin(), names.end()};
 }
@@ -90,7 +96,7 @@ Value DescribeVersion(const Session &)
     };
 }
 
-Value DescribeModules(const Session &session)
+Value DescribeModules(const Session &)
 {
     char host[4096] = "";
     GetModuleFileName(WEXELXI_HOST_MODULE, host, sizeof host);
@@ -101,8 +107,7 @@ Value DescribeModules(const Session &session)
         {"nameRule", "cut at the last dot, then \".so\" is put behind: report.dll is report.so"},
         {"bareNamesAreSearched", "as dlopen does: LD_LIBRARY_PATH, then the system's folders"},
         {"LD_LIBRARY_PATH", VariableOrNothing("LD_LIBRARY_PATH")},
-        {"inConfigurationFolder", ModulesIn(session.place().folder)},
-        {"inHostFolder", ModulesIn(fs::path(session.place().host).parent_path().string())},
+        {"inThoseFolders", ModulesOnThePath()},
     };
 }
 
