@@ -1,142 +1,174 @@
-// Files and searches, each beside what it must not cost much more than: one question to the
-// platform, a bare listing, and cp.
-#include <benchmark/benchmark.h>
-#include <cstdlib>
+// Files: questions, positions, copies and searches.
+#include <algorithm>
+#include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "support/library.h"
-#include "wexelxi.h"
+#include "host.h"
+#include "rows.h"
 
 namespace {
 
-// A folder of the given number of entries, and the name of its last one.
-struct FullFolder {
-    explicit FullFolder(int64_t entries)
-    {
-        for (int64_t i = 0; i < entries; i++)
-            close(open(name(i).c_str(), O_CREAT | O_WRONLY, 0666));
-        last = name(entries - 1);
+namespace fs = std::filesystem;
+
+std::string EntryOf(const ScratchFolder &folder, int i)
+{
+    return folder.file("entry" + std::to_string(i) + ".dat");
+}
+
+void Fill(const ScratchFolder &folder, int entries)
+{
+    for (int i = 0; i < entries; i++)
+        close(open(EntryOf(folder, i).c_str(), O_CREAT | O_WRONLY, 0666));
+}
+
+Work Exists(const std::string &name)
+{
+    return Ours([name] { Keep(DoesFileExist(name.c_str())); });
+}
+
+void ExistenceRows(const ScratchFolder &small, const ScratchFolder &large)
+{
+    const std::string absent = large.file("absent.dat"), present = EntryOf(large, 4999);
+    for (const auto &[what, name] : {std::pair("absent", absent), std::pair("present", present)}) {
+        Row(std::string("DoesFileExist, ") + what + " in a folder of 5,000",
+            "questions to the platform, about the name and its spelling", Exists(name),
+            Do("access", [name = name] { Keep(access(name.c_str(), F_OK)); }),
+            {Do("libstdc++ exists", [name = name] { Keep(fs::exists(name)); })});
     }
-    std::string name(int64_t i) const { return folder.file("entry" + std::to_string(i) + ".dat"); }
-    ScratchFolder folder;
-    std::string last;
-};
-
-// Made once for all benchmarks: 50,000 files take their time.
-const FullFolder &FolderOf(int64_t entries)
-{
-    static const FullFolder small(10);
-    static const FullFolder middle(5000);
-    static const FullFolder large(50000);
-    return entries == 10 ? small : entries == 5000 ? middle : large;
+    Growth("DoesFileExist of a present name", "10 files", Exists(EntryOf(small, 9)), "5,000 files",
+           Exists(present));
+    Row("CreateFile of an absent name", "one open", Ours([&] {
+            Keep(CreateFile(absent.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        }),
+        Do("open", [&] { Keep(open(absent.c_str(), O_RDONLY)); }),
+        {Do("fopen", [&] { Keep(fopen(absent.c_str(), "r")); })});
+    Row("CreateFile + CloseHandle", "open, fstat, close, and a stream", Ours([&] {
+            CloseHandle(
+                CreateFile(present.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        }),
+        Do("open and close", [&] { close(open(present.c_str(), O_RDONLY)); }),
+        {Do("fopen and fclose", [&] { fclose(fopen(present.c_str(), "r")); })});
 }
 
-void Access(benchmark::State &state)
+void SearchRows(const ScratchFolder &large)
 {
-    const FullFolder &full = FolderOf(state.range(0));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(access(full.last.c_str(), F_OK));
+    const std::string pattern = large.file("*.dat");
+    Row("a search through 5,000 files", "readdir and fstatat of each", Ours([&] {
+            WIN32_FIND_DATA data;
+            HANDLE find = FindFirstFile(pattern.c_str(), &data);
+            while (FindNextFile(find, &data)) {
+            }
+            FindClose(find);
+        }),
+        Do("readdir and fstatat",
+           [&] {
+               struct stat status;
+               DIR *directory = opendir(large.path().c_str());
+               while (const dirent *entry = readdir(directory))
+                   Keep(fstatat(dirfd(directory), entry->d_name, &status, 0));
+               closedir(directory);
+           }),
+        {Do("libstdc++ directory_iterator", [&] {
+            for (const auto &entry : fs::directory_iterator(large.path()))
+                Keep(entry.last_write_time());
+        })});
 }
-BENCHMARK(Access)->Arg(10)->Arg(50000);
 
-void ExistenceOfTheLastName(benchmark::State &state)
+void StreamRows(const ScratchFolder &folder)
 {
-    StartedLibrary library;
-    const FullFolder &full = FolderOf(state.range(0));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(DoesFileExist(full.last.c_str()));
+    const std::string name = folder.file("stream");
+    WriteWholeFile(name, std::string(1 << 20, 'x'));
+    HANDLE file = CreateFile(name.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    FILE *stream = fopen(name.c_str(), "r");
+    const int descriptor = open(name.c_str(), O_RDONLY);
+    Row("SetFilePointer", "one lseek", Ours([=] { Keep(SetFilePointer(file, 4096, nullptr, 0)); }),
+        Do("lseek", [=] { Keep(lseek(descriptor, 4096, SEEK_SET)); }), {Do("fseek and ftell", [=] {
+            fseek(stream, 4096, SEEK_SET);
+            Keep(ftell(stream));
+        })});
+    Row("GetFileSize", "one fstat", Ours([=] { Keep(GetFileSize(file, nullptr)); }),
+        Do("fstat",
+           [=] {
+               struct stat status;
+               Keep(fstat(descriptor, &status));
+           }),
+        {Do("fseek to the end and back, ftell", [=] {
+            const long before = ftell(stream);
+            fseek(stream, 0, SEEK_END);
+            Keep(ftell(stream));
+            fseek(stream, before, SEEK_SET);
+        })});
+    char piece[64];
+    const auto again = [&piece](auto read) { // from the start again at the end
+        return [=, &piece] { read(piece); };
+    };
+    Row("ReadFile, 64 bytes", "one read and one question where the stream stands",
+        Ours(again([=](char *bytes) {
+            uint32_t count = 0;
+            ReadFile(file, bytes, 64, &count, nullptr);
+            if (count == 0)
+                SetFilePointer(file, 0, nullptr, 0);
+        })),
+        Do("read", again([=](char *bytes) {
+               if (read(descriptor, bytes, 64) == 0)
+                   lseek(descriptor, 0, SEEK_SET);
+           })),
+        {Do("fread", again([=](char *bytes) {
+                if (fread(bytes, 1, 64, stream) == 0)
+                    rewind(stream);
+            }))});
+    fclose(stream);
+    close(descriptor);
+    CloseHandle(file);
 }
-BENCHMARK(ExistenceOfTheLastName)->Arg(10)->Arg(50000);
 
-void SearchForTheLastName(benchmark::State &state)
+// The plainest copy that keeps the mode.
+void PlainCopy(const std::string &source, const std::string &target)
 {
-    StartedLibrary library;
-    const FullFolder &full = FolderOf(state.range(0));
-    WIN32_FIND_DATA data;
-    for (auto _ : state)
-        FindClose(FindFirstFile(full.last.c_str(), &data));
-}
-BENCHMARK(SearchForTheLastName)->Arg(10)->Arg(50000);
-
-void TempFileName(benchmark::State &state)
-{
-    StartedLibrary library;
-    const FullFolder &full = FolderOf(state.range(0));
-    char name[4096];
-    for (auto _ : state)
-        benchmark::DoNotOptimize(GetTempFileName(full.folder.path().c_str(), "t", 0, name));
-}
-BENCHMARK(TempFileName)->Arg(10)->Arg(50000);
-
-void CreateNewOfATakenName(benchmark::State &state)
-{
-    StartedLibrary library;
-    const FullFolder &full = FolderOf(state.range(0));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            CreateFile(full.last.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
-}
-BENCHMARK(CreateNewOfATakenName)->Arg(10)->Arg(50000);
-
-void ListByReaddirAndFstatat(benchmark::State &state)
-{
-    const FullFolder &full = FolderOf(state.range(0));
+    static char block[64 * 1024];
+    const int from = open(source.c_str(), O_RDONLY);
+    const int to = open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     struct stat status;
-    for (auto _ : state) {
-        DIR *directory = opendir(full.folder.path().c_str());
-        while (const dirent *entry = readdir(directory))
-            benchmark::DoNotOptimize(fstatat(dirfd(directory), entry->d_name, &status, 0));
-        closedir(directory);
+    fstat(from, &status);
+    for (ssize_t count; (count = read(from, block, sizeof block)) > 0;)
+        Keep(write(to, block, static_cast<size_t>(count)));
+    fchmod(to, status.st_mode);
+    close(from);
+    close(to);
+}
+
+void CopyRows(const ScratchFolder &folder)
+{
+    const struct {
+        const char *size;
+        size_t bytes;
+    } rows[] = {{"4 KiB", 4096}, {"64 MiB", 64 << 20}};
+    const std::string source = folder.file("source"), target = folder.file("target");
+    for (const auto &row : rows) {
+        WriteWholeFile(source, std::string(row.bytes, 'x'));
+        Row(std::string("CopyFile, ") + row.size, "open, copy, close",
+            Ours([&] { CopyFile(source.c_str(), target.c_str(), FALSE); }),
+            Do("read and write", [&] { PlainCopy(source, target); }),
+            {Do("libstdc++ copy_file",
+                [&] { fs::copy_file(source, target, fs::copy_options::overwrite_existing); })});
     }
 }
-BENCHMARK(ListByReaddirAndFstatat)->Arg(5000);
-
-void ListBySearch(benchmark::State &state)
-{
-    StartedLibrary library;
-    const FullFolder &full = FolderOf(state.range(0));
-    const std::string pattern = full.folder.file("*.dat");
-    WIN32_FIND_DATA data;
-    for (auto _ : state) {
-        HANDLE find = FindFirstFile(pattern.c_str(), &data);
-        while (FindNextFile(find, &data)) {
-        }
-        FindClose(find);
-    }
-}
-BENCHMARK(ListBySearch)->Arg(5000);
-
-// 256 MiB in the page cache, copied onto an existing file.
-struct BigFile {
-    BigFile()
-    {
-        WriteWholeFile(source, std::string(256u << 20, 'x'));
-        WriteWholeFile(target, "");
-    }
-    ScratchFolder folder;
-    std::string source = folder.file("source"), target = folder.file("target");
-};
-
-void CopyByCp(benchmark::State &state)
-{
-    const BigFile big;
-    const std::string command = "cp " + big.source + " " + big.target;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(system(command.c_str()));
-}
-BENCHMARK(CopyByCp)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(5);
-
-void CopyByCopyFile(benchmark::State &state)
-{
-    StartedLibrary library;
-    const BigFile big;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(CopyFile(big.source.c_str(), big.target.c_str(), FALSE));
-}
-BENCHMARK(CopyByCopyFile)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
 } // namespace
+
+int main()
+{
+    const Host host;
+    const ScratchFolder small, large, work;
+    Fill(small, 10);
+    Fill(large, 5000);
+    ExistenceRows(small, large);
+    SearchRows(large);
+    StreamRows(work);
+    CopyRows(work);
+}

@@ -1,84 +1,78 @@
-// Fonts: making one beside the fontconfig lists that it spares, measuring beside Pango on the same
-// kind of layout. The fonts are the machine's.
-#include <benchmark/benchmark.h>
-#include <cstdlib>
+// Fonts, beside Pango asked by the same steps. The fonts are the machine's.
+#include <cstring>
 #include <pango/pangofc-fontmap.h>
 #include <pango/pangoft2.h>
 #include <string>
-#include <vector>
 
-#include "wexelxi.h"
+#include "host.h"
+#include "rows.h"
 
 namespace {
 
 constexpr char kFamily[] = "DejaVu Sans";
-constexpr int32_t kHeight = 10;
 
-void Start()
+HFONT MakeFont(int32_t height)
 {
-    static const bool started = [] {
-        setenv("WEXELXIDIR", "/tmp", 0);
-        return InitLib("/tmp/host", nullptr, 0) == 0;
-    }();
-    benchmark::DoNotOptimize(started);
+    return CreateFont(height, 0, 0, 0, 400, 0, 0, 0, 0, 0, 0, 0, 0, kFamily);
 }
 
-HFONT MakeFont(const char *family)
-{
-    return CreateFont(kHeight, 0, 0, 0, 400, 0, 0, 0, 0, 0, 0, 0, 0, family);
-}
-
-struct MeasuringContext {
-    MeasuringContext()
-    {
-        Start();
-        font = MakeFont(kFamily);
-        hdc = CreateCompatibleDC(nullptr);
-        SelectObject(hdc, font);
-    }
-    ~MeasuringContext()
-    {
-        DeleteDC(hdc);
-        DeleteObject(font);
-    }
-    HFONT font;
-    HDC hdc;
-};
-
-struct PangoLayoutAt96 {
-    PangoLayoutAt96()
+struct PangoAt96 {
+    PangoAt96()
     {
         map = pango_ft2_font_map_new();
         pango_ft2_font_map_set_resolution(PANGO_FT2_FONT_MAP(map), 96, 96);
         context = pango_font_map_create_context(map);
         layout = pango_layout_new(context);
-        PangoFontDescription *description = pango_font_description_from_string(kFamily);
-        pango_font_description_set_size(description, kHeight * PANGO_SCALE);
+        description = pango_font_description_from_string(kFamily);
+        pango_font_description_set_size(description, 10 * PANGO_SCALE);
         pango_layout_set_font_description(layout, description);
-        pango_font_description_free(description);
+        font = pango_font_map_load_font(map, context, description);
     }
-    ~PangoLayoutAt96()
+    ~PangoAt96()
     {
+        g_object_unref(font);
+        pango_font_description_free(description);
         g_object_unref(layout);
         g_object_unref(context);
         g_object_unref(map);
     }
+    int WidthOf(const std::string &text) const
+    {
+        int width = 0;
+        pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
+        pango_layout_get_pixel_size(layout, &width, nullptr);
+        return width;
+    }
+    // A font as the library needs it, on a pattern that is at hand.
+    void MakeFontAlone() const
+    {
+        PangoContext *ownContext = pango_font_map_create_context(map);
+        PangoLayout *ownLayout = pango_layout_new(ownContext);
+        PangoFont *own = pango_font_map_load_font(map, ownContext, description);
+        pango_layout_set_font_description(ownLayout, description);
+        pango_font_metrics_unref(pango_font_get_metrics(own, nullptr));
+        g_object_unref(own);
+        g_object_unref(ownLayout);
+        g_object_unref(ownContext);
+    }
+
     PangoFontMap *map;
     PangoContext *context;
     PangoLayout *layout;
+    PangoFontDescription *description;
+    PangoFont *font;
 };
 
-// A text of a length that no call before had.
+// A text that no call before had.
 class FreshTexts {
 public:
-    explicit FreshTexts(int64_t length) : text_(static_cast<size_t>(length), 'a') {}
-
+    explicit FreshTexts(size_t length) : text_(length, 'a') {}
     const std::string &Next()
     {
-        for (char &c : text_) {
-            if (++c <= 'z')
+        for (char &letter : text_) {
+            if (++letter <= 'z')
                 break;
-            c = 'a';
+            letter = 'a';
         }
         return text_;
     }
@@ -87,105 +81,83 @@ private:
     std::string text_;
 };
 
-void MeasureFreshText(benchmark::State &state)
+Work Extent(HDC hdc, const std::string &text)
 {
-    MeasuringContext context;
-    FreshTexts texts(state.range(0));
-    for (auto _ : state) {
+    return Ours([=] {
         SIZE size;
-        GetTextExtentPoint32(context.hdc, texts.Next().c_str(), -1, &size);
-        benchmark::DoNotOptimize(size);
+        GetTextExtentPoint32(hdc, text.c_str(), -1, &size);
+        Keep(size);
+    });
+}
+
+void ExtentRows(HDC hdc, const PangoAt96 &pango)
+{
+    for (const size_t length : {8, 60, 1000}) {
+        const std::string text(length, 'm');
+        std::string copy = text;
+        const std::string bytes = std::to_string(length) + " bytes";
+        Row("extent of a text measured before, " + bytes, "lock, hash and compare",
+            Extent(hdc, text),
+            Do("strlen and memcmp",
+               [&] { Keep(memcmp(text.c_str(), copy.c_str(), strlen(text.c_str()))); }),
+            {Do("Pango", [&] { Keep(pango.WidthOf(text)); })});
+        FreshTexts ours(length), theirs(length);
+        Row("extent of a new text, " + bytes, "Pango's layout", Ours([&] {
+                SIZE size;
+                GetTextExtentPoint32(hdc, ours.Next().c_str(), -1, &size);
+            }),
+            Do("Pango", [&] { Keep(pango.WidthOf(theirs.Next())); }));
     }
 }
-BENCHMARK(MeasureFreshText)->Arg(8)->Arg(60)->Arg(1000)->Arg(40000);
-
-void PangoMeasure(benchmark::State &state)
-{
-    PangoLayoutAt96 pango;
-    FreshTexts texts(state.range(0));
-    for (auto _ : state) {
-        int width, height;
-        pango_layout_set_text(pango.layout, texts.Next().c_str(), -1);
-        pango_layout_get_pixel_size(pango.layout, &width, &height);
-        benchmark::DoNotOptimize(width);
-    }
-}
-BENCHMARK(PangoMeasure)->Arg(8)->Arg(60)->Arg(1000)->Arg(40000);
-
-void MeasureTextAgain(benchmark::State &state)
-{
-    MeasuringContext context;
-    const std::string text(static_cast<size_t>(state.range(0)), 'm');
-    for (auto _ : state) {
-        SIZE size;
-        GetTextExtentPoint32(context.hdc, text.c_str(), -1, &size);
-        benchmark::DoNotOptimize(size);
-    }
-}
-BENCHMARK(MeasureTextAgain)->Arg(8)->Arg(60)->Arg(1000)->Arg(40000);
-
-// The words of a document, over and over: they do not fit into the young generation alone.
-void MeasureWordsOfAPage(benchmark::State &state)
-{
-    MeasuringContext context;
-    std::vector<std::string> words;
-    for (int i = 0; i < 1500; i++)
-        words.push_back("word" + std::to_string(i * 7919));
-    size_t next = 0;
-    for (auto _ : state) {
-        SIZE size;
-        GetTextExtentPoint32(context.hdc, words[next].c_str(), -1, &size);
-        benchmark::DoNotOptimize(size);
-        next = (next + 1) % words.size();
-    }
-}
-BENCHMARK(MeasureWordsOfAPage);
-
-void CreateKnownFont(benchmark::State &state)
-{
-    Start();
-    for (auto _ : state)
-        DeleteObject(MakeFont(kFamily));
-}
-BENCHMARK(CreateKnownFont);
-
-// What CreateKnownFont cannot do without: the same Pango steps on a pattern that is at hand.
-void PangoFontAlone(benchmark::State &state)
-{
-    PangoLayoutAt96 pango;
-    PangoFontDescription *description =
-        pango_font_description_copy(pango_layout_get_font_description(pango.layout));
-    for (auto _ : state) {
-        PangoContext *context = pango_font_map_create_context(pango.map);
-        PangoLayout *layout = pango_layout_new(context);
-        PangoFont *font = pango_font_map_load_font(pango.map, context, description);
-        pango_layout_set_font_description(layout, description);
-        PangoFontMetrics *metrics = pango_font_get_metrics(font, nullptr);
-        pango_layout_set_text(layout, "W", 1);
-        int width;
-        pango_layout_get_pixel_size(layout, &width, nullptr);
-        benchmark::DoNotOptimize(width);
-        pango_font_metrics_unref(metrics);
-        g_object_unref(font);
-        g_object_unref(layout);
-        g_object_unref(context);
-    }
-    pango_font_description_free(description);
-}
-BENCHMARK(PangoFontAlone);
-
-void OneFontconfigList(benchmark::State &state)
-{
-    FcPattern *pattern = FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, kFamily, FC_OUTLINE,
-                                        FcTypeBool, FcTrue, FC_WEIGHT, FcTypeInteger,
-                                        FC_WEIGHT_REGULAR, FC_SLANT, FcTypeInteger, 0, nullptr);
-    FcObjectSet *objects =
-        FcObjectSetBuild(FC_FAMILY, FC_WEIGHT, FC_SLANT, FC_FILE, FC_OUTLINE, FC_SPACING, nullptr);
-    for (auto _ : state)
-        FcFontSetDestroy(FcFontList(nullptr, pattern, objects));
-    FcObjectSetDestroy(objects);
-    FcPatternDestroy(pattern);
-}
-BENCHMARK(OneFontconfigList);
 
 } // namespace
+
+int main()
+{
+    const Host host;
+    const PangoAt96 pango;
+    const HFONT font = MakeFont(10);
+    const HDC hdc = CreateCompatibleDC(nullptr);
+    SelectObject(hdc, font);
+    const Work metrics = Ours([=] {
+        TEXTMETRIC all;
+        GetTextMetrics(hdc, &all);
+        Keep(all);
+    });
+    const Work select = Ours([=] { Keep(SelectObject(hdc, font)); });
+    const Work known = Ours([] { DeleteObject(MakeFont(10)); });
+    Row("CreateFont + DeleteObject of a known font", "lock; is fontconfig as it was; a look-up",
+        known, Do("FcInitBringUptoDate", [] { Keep(FcInitBringUptoDate()); }),
+        {Do("Pango", [&] { pango.MakeFontAlone(); })});
+    Row("GetTextMetrics", "lock, one look-up, 56 bytes", metrics,
+        Do("memset of the record",
+           [] {
+               TEXTMETRIC all;
+               memset(&all, 0, sizeof all);
+               Keep(all);
+           }),
+        {Do("Pango, metrics asked anew",
+            [&] { pango_font_metrics_unref(pango_font_get_metrics(pango.font, nullptr)); })});
+    Row("SelectObject", "lock, one look-up", select, Do("two slot reads and writes", [] {
+            for (int i = 0; i < 2; i++)
+                TlsSetValue(gLastErrorTLS, TlsGetValue(gLastErrorTLS));
+        }));
+    ExtentRows(hdc, pango);
+
+    GrowthOf questions[] = {
+        {"GetTextMetrics", "1 live font", metrics},
+        {"extent of a text measured before", "1 live font", Extent(hdc, "Price: 1.234,56")},
+        {"SelectObject", "1 live font", select},
+        {"CreateFont + DeleteObject of a known font", "1 live font", known}};
+    double before = ResidentBytes();
+    for (int i = 1; i <= 100; i++)
+        MakeFont(10 + i);
+    Memory("a font of a description of its own", (ResidentBytes() - before) / 100);
+    before = ResidentBytes();
+    for (int i = 0; i < 4900; i++)
+        MakeFont(10);
+    Memory("a further font of a known description", (ResidentBytes() - before) / 4900);
+    for (GrowthOf &question : questions)
+        question.Then("5,000 live fonts");
+    DeleteDC(hdc);
+}

@@ -1,257 +1,187 @@
-// The conversions beside the platform's iconv, a vector copy loop and a loop over single units;
-// date and time text beside GLib's.
-#include <benchmark/benchmark.h>
+// Locale values, date and time text, and the conversions.
 #include <cstring>
+#include <ctime>
 #include <glib.h>
 #include <iconv.h>
+#include <langinfo.h>
 #include <string>
+#include <unicode/ucnv.h>
+#include <unicode/udat.h>
+#include <unicode/ustring.h>
 #include <vector>
 
-#include "wexelxi.h"
+#include "host.h"
+#include "rows.h"
 
 namespace {
 
-// ASCII, or French with its accents, quotes and dashes, in the form that a conversion reads.
-enum Text { kAscii, kWestern };
+constexpr size_t kBytes = 1 << 20;
+const SYSTEMTIME kTime = {2005, 3, 1, 7, 13, 5, 9, 0};
 
-std::string Utf8(Text text, size_t bytes)
+void ValueRows()
 {
-    const char *sentence =
-        text == kAscii
-            ? "The printer on the second floor is out of paper again, 14 pages are left. "
-            : "L\u2019\u00e9t\u00e9 o\u00f9 l\u2019imprimante \u00e9tait \u00e0 c\u00f4t\u00e9 \u2014 14 pages, 3 \u20ac, pas de quoi "
-              "se plaindre, disait le gar\u00e7on en repartant vers la ville. ";
-    const size_t length = strlen(sentence);
-    std::string all;
-    while (all.size() + length <= bytes)
-        all += sentence;
-    all.append(bytes - all.size(), '.');
-    return all;
+    const struct {
+        const char *which;
+        uint32_t key;
+    } rows[] = {{"first", LOCALE_ILANGUAGE},
+                {"middle", LOCALE_SABBREVDAYNAME3},
+                {"last", LOCALE_SISO3166CTRYNAME}};
+    for (const auto &row : rows) {
+        Row(std::string("GetLocaleInfo, a ") + row.which + " row", "lock, a look-up, a copy",
+            Ours([=] {
+                char text[64];
+                Keep(GetLocaleInfo(1053, row.key, text, sizeof text));
+            }),
+            Do("memcpy of the value",
+               [] {
+                   char text[64];
+                   memcpy(text, "Svenska", 8);
+                   Keep(text);
+               }),
+            {Do("nl_langinfo and strcpy", [] {
+                char text[64];
+                strcpy(text, nl_langinfo(DAY_1));
+                Keep(text);
+            })});
+    }
 }
 
-const char *Raw(const std::string &text)
+Work Icu(const char16_t *picture)
 {
-    return text.c_str();
+    UErrorCode status = U_ZERO_ERROR;
+    UDateFormat *format =
+        udat_open(UDAT_PATTERN, UDAT_PATTERN, "en_US", u"UTC", -1, picture, -1, &status);
+    return Do("ICU udat_format", [=] {
+        UErrorCode failed = U_ZERO_ERROR;
+        UChar text[64];
+        char utf8[64];
+        const int32_t length = udat_format(format, 1110200709000.0, text, 64, nullptr, &failed);
+        u_strToUTF8(utf8, 64, nullptr, text, length, &failed);
+        Keep(utf8);
+    });
 }
 
-std::vector<char> Iconv(const char *to, const char *from, const void *source, size_t bytes)
+void PictureRows()
 {
-    std::vector<char> result(bytes * 4 + 4);
-    iconv_t handle = iconv_open(to, from);
-    char *in = const_cast<char *>(static_cast<const char *>(source));
-    char *out = result.data();
-    size_t left = bytes;
-    size_t room = result.size() - 4;
+    GDateTime *glib = g_date_time_new_utc(2005, 3, 7, 13, 5, 9);
+    tm fields = {};
+    fields.tm_year = 105, fields.tm_mon = 2, fields.tm_mday = 7, fields.tm_wday = 1;
+    fields.tm_hour = 13, fields.tm_min = 5, fields.tm_sec = 9;
+    const Work date = Do("strftime", [&] {
+        char text[64];
+        Keep(strftime(text, sizeof text, "%A, %B %d, %Y", &fields));
+    });
+    const Work time = Do("strftime", [&] {
+        char text[64];
+        Keep(strftime(text, sizeof text, "%I:%M:%S %p", &fields));
+    });
+    const auto peer = [&](const char *format) {
+        return Do("GLib g_date_time_format", [=] { g_free(g_date_time_format(glib, format)); });
+    };
+    Row("GetDateFormat, long", "lock, one walk through the picture", Ours([] {
+            char text[64];
+            Keep(GetDateFormat(1033, DATE_LONGDATE, &kTime, nullptr, text, sizeof text));
+        }),
+        date, {peer("%A, %B %d, %Y"), Icu(u"EEEE, MMMM dd, yyyy")});
+    Row("GetTimeFormat", "lock, one walk through the picture", Ours([] {
+            char text[64];
+            Keep(GetTimeFormat(1033, 0, &kTime, nullptr, text, sizeof text));
+        }),
+        time, {peer("%l:%M:%S %p"), Icu(u"h:mm:ss a")});
+    g_date_time_unref(glib);
+}
+
+// A text in the form that a conversion reads, and its end at any width.
+std::vector<char> Converted(const char *to, const std::string &utf8)
+{
+    std::vector<char> result(utf8.size() * 4 + 4);
+    iconv_t handle = iconv_open(to, "UTF-8");
+    char *in = const_cast<char *>(utf8.data()), *out = result.data();
+    size_t left = utf8.size(), room = result.size() - 4;
     iconv(handle, &in, &left, &out, &room);
     iconv_close(handle);
     result.resize(static_cast<size_t>(out - result.data()));
-    result.resize(result.size() + 4); // the end, at any width
+    result.resize(result.size() + 4);
     return result;
 }
 
+std::string Repeated(const char *sentence, size_t bytes)
+{
+    std::string text;
+    while (text.size() + strlen(sentence) <= bytes)
+        text += sentence;
+    return text;
+}
+
 struct Conversion {
-    const char *name;
-    const char *from;
-    const char *to;
+    const char *name, *from, *to;
     uint32_t (*convert)(const void *source, void *destination);
-    size_t fromWidth;
-    size_t toWidth;
 };
+
+template <auto Convert, typename From, typename To>
+uint32_t Call(const void *source, void *destination)
+{
+    return Convert(static_cast<const From *>(source), static_cast<To *>(destination));
+}
 
 const Conversion kConversions[] = {
-    {"Utf8ToCodePage", "UTF-8", "CP1252",
-     [](const void *source, void *destination) {
-         return ConvertUtf8ToISO8859WithDest(static_cast<const char *>(source),
-                                             static_cast<char *>(destination));
-     },
-     1, 1},
-    {"Utf8ToWide", "UTF-8", "UTF-32LE",
-     [](const void *source, void *destination) {
-         return ConvertUtf8ToWideCharWithDest(static_cast<const char *>(source),
-                                              static_cast<uint32_t *>(destination));
-     },
-     1, 4},
-    {"CodePageToUtf8", "CP1252", "UTF-8",
-     [](const void *source, void *destination) {
-         return ConvertISO8859ToUtf8WithDest(static_cast<const char *>(source),
-                                             static_cast<char *>(destination));
-     },
-     1, 1},
-    {"WideToUtf8", "UTF-32LE", "UTF-8",
-     [](const void *source, void *destination) {
-         return ConvertWideCharToUtf8WithDest(static_cast<const uint32_t *>(source),
-                                              static_cast<char *>(destination));
-     },
-     4, 1},
-    {"WideToUtf16", "UTF-32LE", "UTF-16LE",
-     [](const void *source, void *destination) {
-         return ConvertWideCharToUtf16WithDest(static_cast<const uint32_t *>(source),
-                                               static_cast<uint16_t *>(destination));
-     },
-     4, 2},
+    {"Windows-1252 to UTF-8", "CP1252", "UTF-8", Call<ConvertISO8859ToUtf8WithDest, char, char>},
+    {"UTF-8 to Windows-1252", "UTF-8", "CP1252", Call<ConvertUtf8ToISO8859WithDest, char, char>},
+    {"UTF-8 to wide", "UTF-8", "UTF-32LE", Call<ConvertUtf8ToWideCharWithDest, char, uint32_t>},
+    {"wide to UTF-8", "UTF-32LE", "UTF-8", Call<ConvertWideCharToUtf8WithDest, uint32_t, char>},
+    {"wide to UTF-16", "UTF-32LE", "UTF-16LE",
+     Call<ConvertWideCharToUtf16WithDest, uint32_t, uint16_t>},
 };
 
-// Copies units in one loop that the compiler makes a vector loop of, up to a length that it knows.
-template <typename To, typename From>
-__attribute__((noinline, optimize("O3", "no-tree-loop-distribute-patterns"))) void
-CopyLoop(const From *__restrict source, To *__restrict destination, size_t count)
+void ConversionRow(const Conversion &row, const char *kind, const std::string &utf8)
 {
-    for (size_t i = 0; i < count; i++)
-        destination[i] = static_cast<To>(source[i]);
-}
-
-void CopyUnits(const Conversion &row, const void *source, void *destination, size_t count)
-{
-    const auto *bytes = static_cast<const uint8_t *>(source);
-    const auto *units = static_cast<const uint32_t *>(source);
-    if (row.fromWidth == 1 && row.toWidth == 1)
-        CopyLoop(bytes, static_cast<uint8_t *>(destination), count);
-    else if (row.fromWidth == 1)
-        CopyLoop(bytes, static_cast<uint32_t *>(destination), count);
-    else if (row.toWidth == 1)
-        CopyLoop(units, static_cast<uint8_t *>(destination), count);
-    else
-        CopyLoop(units, static_cast<uint16_t *>(destination), count);
-}
-
-// One unit at a time up to the end, as the plainest conversion of ASCII goes.
-template <typename To, typename From>
-__attribute__((noinline, optimize("no-tree-vectorize"))) size_t UnitLoop(const From *source,
-                                                                         To *destination)
-{
-    size_t i = 0;
-    for (; source[i]; i++)
-        destination[i] = source[i] < 0x80 ? static_cast<To>(source[i]) : To{0xBF};
-    destination[i] = 0;
-    return i;
-}
-
-size_t CopyUnitByUnit(const Conversion &row, const void *source, void *destination)
-{
-    const auto *bytes = static_cast<const uint8_t *>(source);
-    const auto *units = static_cast<const uint32_t *>(source);
-    if (row.fromWidth == 1 && row.toWidth == 1)
-        return UnitLoop(bytes, static_cast<uint8_t *>(destination));
-    if (row.fromWidth == 1)
-        return UnitLoop(bytes, static_cast<uint32_t *>(destination));
-    if (row.toWidth == 1)
-        return UnitLoop(units, static_cast<uint8_t *>(destination));
-    return UnitLoop(units, static_cast<uint16_t *>(destination));
-}
-
-struct Input {
-    Input(const Conversion &row, Text text, size_t bytes)
-    {
-        const std::string utf8 = Utf8(text, bytes / row.fromWidth);
-        source = Iconv(row.from, "UTF-8", Raw(utf8), utf8.size());
-        destination.resize(source.size() * 4);
-        sourceBytes = source.size() - 4;
-    }
-    std::vector<char> source, destination;
-    size_t sourceBytes;
-};
-
-void Library(benchmark::State &state, const Conversion &row, Text text, size_t bytes)
-{
-    Input input(row, text, bytes);
-    for ([[maybe_unused]] auto _ : state) {
-        benchmark::DoNotOptimize(row.convert(input.source.data(), input.destination.data()));
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.sourceBytes));
-}
-
-void Platform(benchmark::State &state, const Conversion &row, Text text, size_t bytes)
-{
-    Input input(row, text, bytes);
+    const std::vector<char> source = Converted(row.from, utf8);
+    std::vector<char> target(source.size() * 4);
+    const size_t bytes = source.size() - 4;
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter *from = ucnv_open(row.from, &status), *to = ucnv_open(row.to, &status);
     iconv_t handle = iconv_open(row.to, row.from);
-    for ([[maybe_unused]] auto _ : state) {
-        char *in = input.source.data();
-        char *out = input.destination.data();
-        size_t left = input.sourceBytes;
-        size_t room = input.destination.size();
-        if (iconv(handle, &in, &left, &out, &room) == static_cast<size_t>(-1))
-            state.SkipWithError("iconv");
-        benchmark::ClobberMemory();
-    }
+    std::vector<UChar> pivot(4096);
+    Row(std::string(row.name) + ", " + kind + ", 1 MiB", "loads and stores, runs apart",
+        Ours([&] { Keep(row.convert(source.data(), target.data())); }),
+        Do("memcpy of the source", [&] { memcpy(target.data(), source.data(), bytes); }),
+        {Do("iconv",
+            [&] {
+                char *in = const_cast<char *>(source.data()), *out = target.data();
+                size_t left = bytes, room = target.size();
+                Keep(iconv(handle, &in, &left, &out, &room));
+            }),
+         Do("ICU ucnv_convertEx", [&] {
+             const char *in = source.data();
+             char *out = target.data();
+             UChar *pivotIn = pivot.data(), *pivotOut = pivot.data();
+             UErrorCode failed = U_ZERO_ERROR;
+             ucnv_convertEx(to, from, &out, target.data() + target.size(), &in, in + bytes,
+                            pivot.data(), &pivotIn, &pivotOut, pivot.data() + pivot.size(), 1, 1,
+                            &failed);
+         })});
     iconv_close(handle);
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.sourceBytes));
+    ucnv_close(from);
+    ucnv_close(to);
 }
-
-void VectorCopy(benchmark::State &state, const Conversion &row, size_t bytes)
-{
-    Input input(row, kAscii, bytes);
-    for ([[maybe_unused]] auto _ : state) {
-        CopyUnits(row, input.source.data(), input.destination.data(),
-                  input.sourceBytes / row.fromWidth);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.sourceBytes));
-}
-
-void UnitByUnit(benchmark::State &state, const Conversion &row, size_t bytes)
-{
-    Input input(row, kAscii, bytes);
-    for ([[maybe_unused]] auto _ : state) {
-        benchmark::DoNotOptimize(
-            CopyUnitByUnit(row, input.source.data(), input.destination.data()));
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(input.sourceBytes));
-}
-
-const SYSTEMTIME kTime = {2005, 3, 1, 7, 13, 5, 9, 0};
-
-void LibraryDate(benchmark::State &state)
-{
-    char text[64];
-    for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(GetDateFormat(1033, DATE_LONGDATE, &kTime, nullptr, text, 64));
-}
-BENCHMARK(LibraryDate);
-
-void LibraryTime(benchmark::State &state)
-{
-    char text[64];
-    for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(GetTimeFormat(1033, 0, &kTime, nullptr, text, 64));
-}
-BENCHMARK(LibraryTime);
-
-void GlibFormat(benchmark::State &state, const char *format)
-{
-    GDateTime *time = g_date_time_new_utc(2005, 3, 7, 13, 5, 9);
-    for ([[maybe_unused]] auto _ : state)
-        g_free(g_date_time_format(time, format));
-    g_date_time_unref(time);
-}
-BENCHMARK_CAPTURE(GlibFormat, date, "%A, %B %d, %Y");
-BENCHMARK_CAPTURE(GlibFormat, time, "%l:%M:%S %p");
-
-void LibraryLocaleInfo(benchmark::State &state)
-{
-    char text[64];
-    for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(GetLocaleInfo(1053, LOCALE_SISO3166CTRYNAME, text, 64));
-}
-BENCHMARK(LibraryLocaleInfo);
-
-const bool kRegistered = [] {
-    constexpr size_t kMiB = 1 << 20;
-    for (const Conversion &row : kConversions) {
-        const auto name = [&](const char *what) { return std::string(row.name) + what; };
-        const auto add = [](const std::string &label, auto run) {
-            benchmark::RegisterBenchmark(label.c_str(), run);
-        };
-        add(name("/ascii_1MiB/library"), [&](auto &s) { Library(s, row, kAscii, kMiB); });
-        add(name("/ascii_1MiB/vector_copy"), [&](auto &s) { VectorCopy(s, row, kMiB); });
-        add(name("/ascii_1MiB/iconv"), [&](auto &s) { Platform(s, row, kAscii, kMiB); });
-        add(name("/western_1MiB/library"), [&](auto &s) { Library(s, row, kWestern, kMiB); });
-        add(name("/western_1MiB/iconv"), [&](auto &s) { Platform(s, row, kWestern, kMiB); });
-        add(name("/ascii_64/library"), [&](auto &s) { Library(s, row, kAscii, 64); });
-        add(name("/ascii_64/unit_loop"), [&](auto &s) { UnitByUnit(s, row, 64); });
-    }
-    return true;
-}();
 
 } // namespace
+
+int main()
+{
+    const Host host;
+    ValueRows();
+    PictureRows();
+    const struct {
+        const char *kind, *sentence;
+    } texts[] = {
+        {"ASCII", "The printer on the second floor is out of paper, 14 pages are left. "},
+        {"Latin",
+         "L'\u00e9t\u00e9 o\u00f9 l'imprimante \u00e9tait \u00e0 c\u00f4t\u00e9, 14 pages, disait le gar\u00e7on. "},
+        {"mixed",
+         "L\u2019\u00e9t\u00e9 o\u00f9 l\u2019imprimante \u00e9tait \u00e0 c\u00f4t\u00e9 \u2014 14 pages, 3 \u20ac, pas de quoi. "}};
+    for (const auto &text : texts) {
+        for (const Conversion &row : kConversions)
+            ConversionRow(row, text.kind, Repeated(text.sentence, kBytes));
+    }
+}

@@ -1,76 +1,148 @@
-// Questions about printers on a scheduler of the benchmark's own: the first one, beside the three
-// CUPS calls that it cannot do without, and those that follow.
-#include <benchmark/benchmark.h>
+// Questions about printers on a scheduler of the benchmark's own.
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
+#include <strings.h>
 #include <unistd.h>
+#include <vector>
 
+#include "host.h"
 #include "print/ppd.h"
-#include "support/library.h"
+#include "rows.h"
 #include "support/private_cups.h"
-#include "wexelxi.h"
+#include "support/record.h"
 
 namespace {
 
-constexpr char kPPD[] = "/usr/share/ppd/cupsfilters/Ricoh-PDF_Printer-PDF.ppd";
+constexpr char kPPD[] = "/usr/share/ppd/hp-ppd/HP/HP_ColorLaserJet_5-5M.ppd";
 
-// One scheduler with a real PPD for all the benchmarks; libcups remembers where it was.
-struct Setting {
-    StartedLibrary library;
-    PrivateCups cups;
-    const bool ready = cups.running() && cups.AddPrinter("printer", kPPD);
-};
-
-bool Ready(benchmark::State &state)
-{
-    static Setting setting;
-    if (!setting.ready)
-        state.SkipWithError("no scheduler, or no package cups-filters");
-    return setting.ready;
-}
-
-void ThreeCupsCallsAlone(benchmark::State &state)
-{
-    if (!Ready(state))
-        return;
-    for (auto _ : state) {
+// What a question takes that is put to CUPS itself.
+struct CupsPrinter {
+    CupsPrinter()
+    {
         const std::string path = cupsGetPPD("printer");
         FILE *stream = fopen(path.c_str(), "r");
-        ppd_file_t *ppd = ppdOpen(stream);
-        cups_dest_t *list = nullptr;
-        const int count = cupsGetDests(&list);
-        state.PauseTiming(); // the end, as TermCUPS below
+        ppd = ppdOpen(stream);
+        fclose(stream);
+        unlink(path.c_str());
+        count = cupsGetDests(&list);
+    }
+    ~CupsPrinter()
+    {
         cupsFreeDests(count, list);
         ppdClose(ppd);
-        fclose(stream); // one thread: nothing else has taken the number that ppdOpen has closed
-        unlink(path.c_str());
-        state.ResumeTiming();
     }
-}
-BENCHMARK(ThreeCupsCallsAlone)->UseRealTime()->Unit(benchmark::kMillisecond);
+    CupsPrinter(const CupsPrinter &) = delete;
+    CupsPrinter &operator=(const CupsPrinter &) = delete;
 
-void FirstQuestion(benchmark::State &state)
+    ppd_file_t *ppd;
+    cups_dest_t *list = nullptr;
+    int count;
+};
+
+Work Papers(const char *printer)
 {
-    if (!Ready(state))
-        return;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            DeviceCapabilities("printer", nullptr, DC_PAPERS, nullptr, nullptr));
-        state.PauseTiming();
-        TermCUPS();
-        state.ResumeTiming();
+    return Ours([=] { Keep(DeviceCapabilities(printer, nullptr, DC_PAPERS, nullptr, nullptr)); });
+}
+
+void KnownPrinterRows()
+{
+    const CupsPrinter cups;
+    static char names[300][CCHPAPERNAME];
+    static uint16_t codes[300];
+    const int count = DeviceCapabilities("printer", nullptr, DC_PAPERNAMES, nullptr, nullptr);
+    const size_t bytes = static_cast<size_t>(count) * CCHPAPERNAME;
+    static char copy[300][CCHPAPERNAME];
+    const Work choices = Do("CUPS ppdFindOption, its choices copied", [&] {
+        const ppd_option_t *option = ppdFindOption(cups.ppd, "PageSize");
+        for (int i = 0; i < option->num_choices; i++)
+            snprintf(copy[i], CCHPAPERNAME, "%.63s", option->choices[i].text);
+    });
+    Row("DeviceCapabilities, paper names", "lock, a look-up, the rows copied",
+        Ours([&] { Keep(DeviceCapabilities("printer", nullptr, DC_PAPERNAMES, names, nullptr)); }),
+        Do("memcpy of the rows", [&] { memcpy(copy, names, bytes); }), {choices});
+    Row("DeviceCapabilities, paper codes", "lock, a look-up, the rows copied",
+        Ours([&] { Keep(DeviceCapabilities("printer", nullptr, DC_PAPERS, codes, nullptr)); }),
+        Do("memcpy of the rows", [&] { memcpy(copy, codes, static_cast<size_t>(count) * 2); }),
+        {choices});
+    const int32_t size = DocumentProperties(nullptr, nullptr, "printer", nullptr, nullptr, 0);
+    std::vector<char> record(static_cast<size_t>(size)), other(record.size());
+    Row("DocumentProperties, record copied", "lock, a look-up, a copy", Ours([&] {
+            Keep(DocumentProperties(nullptr, nullptr, "printer",
+                                    reinterpret_cast<DEVMODE *>(record.data()), nullptr, DM_COPY));
+        }),
+        Do("memcpy of the record", [&] { memcpy(other.data(), record.data(), record.size()); }));
+}
+
+void FirstQuestionRow()
+{
+    Row("first question about a printer", "the scheduler's answers, and the PPD's parser", Ours([] {
+            Keep(DeviceCapabilities("printer", nullptr, DC_PAPERS, nullptr, nullptr));
+            TermCUPS();
+        }),
+        Do("cupsGetPPD, ppdOpen, cupsGetDests", [] { const CupsPrinter cups; }));
+}
+
+// A large printer's stored record.
+std::vector<TestOption> HundredOptions()
+{
+    std::vector<TestOption> options;
+    for (int i = 0; i < 100; i++) {
+        TestOption option = {"Option" + std::to_string(i), "An option for people", 1, {}};
+        for (int value = 0; value < 8; value++)
+            option.values.push_back({"Value" + std::to_string(value), "A value", value == i % 8});
+        options.push_back(option);
     }
+    return options;
 }
-BENCHMARK(FirstQuestion)->UseRealTime()->Unit(benchmark::kMillisecond);
 
-void LaterQuestion(benchmark::State &state)
+void StoredRecordRows()
 {
-    if (!Ready(state))
-        return;
-    char names[300][CCHPAPERNAME];
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            DeviceCapabilities("printer", nullptr, DC_PAPERNAMES, names, nullptr));
+    const TestRecord record(HundredOptions()), source(HundredOptions(), 516, "one"),
+        target(HundredOptions(), 516, "two");
+    Row("FindDevModeOption, the last of 100", "a step an option, each checked",
+        Ours([&] { Keep(FindDevModeOption(record.get(), "option99")); }),
+        Do("a walk that trusts the record", [&] {
+            auto *option = reinterpret_cast<DEVMODEOPTION *>(record.data() + record->dmSize);
+            while (strcasecmp(reinterpret_cast<char *>(option + 1), "option99") != 0)
+                option = reinterpret_cast<DEVMODEOPTION *>(reinterpret_cast<char *>(option) +
+                                                           option->length);
+            Keep(option);
+        }));
+    HGLOBAL from = MakeDevModeHan(source.get()), to = MakeDevModeHan(target.get());
+    std::string copy(record.size(), '\0');
+    Row("CopyDevModeSettings, 100 options of 8 values", "each option found in the other record",
+        Ours([&] { CopyDevModeSettings(from, to); }),
+        Do("memcpy of the record", [&] { memcpy(copy.data(), record.data(), record.size()); }));
+    GlobalFree(from);
+    GlobalFree(to);
 }
-BENCHMARK(LaterQuestion);
 
 } // namespace
+
+int main()
+{
+    const Host host;
+    PrivateCups cups;
+    if (!cups.running() || !cups.AddPrinter("printer", kPPD)) {
+        fprintf(stderr, "no printers are measured: %s\n", cups.whyNot().c_str());
+        return 0;
+    }
+    FirstQuestionRow();
+    double before = ResidentBytes();
+    for (const char *name : {"second", "third", "fourth", "fifth"})
+        cups.AddPrinter(name, kPPD);
+    for (const char *name : {"second", "third", "fourth", "fifth"})
+        DeviceCapabilities(name, nullptr, DC_PAPERS, nullptr, nullptr);
+    Memory("a printer with its PPD", (ResidentBytes() - before) / 4);
+    KnownPrinterRows();
+    StoredRecordRows();
+    GrowthOf known("a question about a known printer", "1 printer", Papers("printer"));
+    before = ResidentBytes();
+    for (int i = 0; i < 499; i++)
+        DeviceCapabilities(("other" + std::to_string(i)).c_str(), nullptr, DC_PAPERS, nullptr,
+                           nullptr);
+    known.Then("500 printers");
+    Memory("a printer without a PPD", (ResidentBytes() - before) / 499);
+}

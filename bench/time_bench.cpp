@@ -1,65 +1,115 @@
-// The calendar and the zone, beside what the platform takes for the like.
-#include <benchmark/benchmark.h>
+// The clock, the calendar and the zone.
+#include <chrono>
+#include <cstring>
 #include <ctime>
+#include <glib.h>
 #include <random>
+#include <sys/time.h>
 #include <vector>
 
-#include "wexelxi.h"
+#include "host.h"
+#include "rows.h"
 
 namespace {
 
-// Instants over all the years that both sides know, so that no branch learns one.
-std::vector<int64_t> SomeTicks()
-{
-    std::mt19937_64 random(1);
-    std::vector<int64_t> ticks(4096);
-    for (int64_t &value : ticks)
-        value = static_cast<int64_t>(random() >> 1);
-    return ticks;
-}
-
-void BM_RtlTimeToTimeFields(benchmark::State &state)
-{
-    const auto ticks = SomeTicks();
-    TIME_FIELDS fields;
-    size_t i = 0;
-    for (auto _ : state) {
-        RtlTimeToTimeFields(&ticks[i++ % ticks.size()], &fields);
-        benchmark::DoNotOptimize(fields);
+// Instants of the years 1970 to 2100, so that no branch learns one.
+class SomeInstants {
+public:
+    SomeInstants()
+    {
+        std::mt19937_64 random(1);
+        for (int64_t &value : ticks_)
+            value =
+                116'444'736'000'000'000 + static_cast<int64_t>(random() % 41'000'000'000'000'000);
     }
-}
-BENCHMARK(BM_RtlTimeToTimeFields);
+    const int64_t &Next() { return ticks_[next_++ % ticks_.size()]; }
+    time_t NextSecond() { return Next() / 10'000'000 - 11'644'473'600; }
 
-void BM_Platform_gmtime_r(benchmark::State &state)
-{
-    const auto ticks = SomeTicks();
-    tm fields;
-    size_t i = 0;
-    for (auto _ : state) {
-        const time_t seconds = ticks[i++ % ticks.size()] / 10'000'000 - 11'644'473'600;
-        benchmark::DoNotOptimize(gmtime_r(&seconds, &fields));
-    }
-}
-BENCHMARK(BM_Platform_gmtime_r);
+private:
+    std::vector<int64_t> ticks_ = std::vector<int64_t>(4096);
+    size_t next_ = 0;
+};
 
-void BM_GetLocalTime(benchmark::State &state)
+void CalendarRows()
 {
-    SYSTEMTIME time;
-    for (auto _ : state) {
-        GetLocalTime(&time);
-        benchmark::DoNotOptimize(time);
-    }
+    SomeInstants instants;
+    const Work platform = Do("gmtime_r", [&] {
+        const time_t second = instants.NextSecond();
+        tm fields;
+        Keep(gmtime_r(&second, &fields));
+    });
+    const Work standard = Do("libstdc++ year_month_day", [&] {
+        using namespace std::chrono;
+        const sys_seconds second{seconds(instants.NextSecond())};
+        const sys_days day = floor<days>(second);
+        Keep(year_month_day(day));
+        Keep(hh_mm_ss(second - day));
+        Keep(weekday(day));
+    });
+    Row("FileTimeToSystemTime", "lock and count; the calendar's divisions", Ours([&] {
+            FILETIME instant;
+            static_assert(sizeof instant == sizeof(int64_t));
+            memcpy(&instant, &instants.Next(), sizeof instant);
+            SYSTEMTIME time;
+            Keep(FileTimeToSystemTime(&instant, &time));
+        }),
+        platform, {standard});
+    Row("RtlTimeToTimeFields", "the calendar's divisions", Ours([&] {
+            TIME_FIELDS fields;
+            RtlTimeToTimeFields(&instants.Next(), &fields);
+            Keep(fields);
+        }),
+        platform, {standard});
 }
-BENCHMARK(BM_GetLocalTime);
 
-void BM_Platform_localtime_and_mktime(benchmark::State &state)
+void ClockRows()
 {
-    for (auto _ : state) {
+    Row("GetSystemTime", "the clock, and the calendar", Ours([] {
+            SYSTEMTIME time;
+            GetSystemTime(&time);
+        }),
+        Do("gettimeofday",
+           [] {
+               timeval now;
+               Keep(gettimeofday(&now, nullptr));
+           }),
+        {Do("clock_gettime and gmtime_r",
+            [] {
+                timespec now;
+                clock_gettime(CLOCK_REALTIME, &now);
+                tm fields;
+                Keep(gmtime_r(&now.tv_sec, &fields));
+            }),
+         Do("GLib g_date_time_new_now_utc", [] { g_date_time_unref(g_date_time_new_now_utc()); })});
+    const Work local = Do("time and localtime_r", [] {
         const time_t now = time(nullptr);
-        tm fields = *localtime(&now);
-        benchmark::DoNotOptimize(mktime(&fields));
-    }
+        tm fields;
+        Keep(localtime_r(&now, &fields));
+    });
+    Row("GetLocalTime", "the clock, the zone, and the calendar", Ours([] {
+            SYSTEMTIME time;
+            GetLocalTime(&time);
+        }),
+        local, {Do("GLib g_date_time_new_now_local", [] {
+            g_date_time_unref(g_date_time_new_now_local());
+        })});
+    Row("RtlQueryTimeZoneInformation", "the zone, and its row in the table", Ours([] {
+            TIME_ZONE_INFORMATION zone;
+            Keep(RtlQueryTimeZoneInformation(&zone));
+        }),
+        local, {Do("GLib GTimeZone", [] {
+            GTimeZone *zone = g_time_zone_new_local();
+            Keep(g_time_zone_get_abbreviation(
+                zone, g_time_zone_find_interval(zone, G_TIME_TYPE_UNIVERSAL, time(nullptr))));
+            g_time_zone_unref(zone);
+        })});
 }
-BENCHMARK(BM_Platform_localtime_and_mktime);
 
 } // namespace
+
+int main()
+{
+    const Host host;
+    CalendarRows();
+    ClockRows();
+}

@@ -128,6 +128,8 @@ run() {
 # What building the library takes, what the demo shows, and what the tests use on top of it.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libcups2-dev libfontconfig-dev libpango1.0-dev)
 DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client hp-ppd socat)
-TEST_PACKAGES=(libgtest-dev libbenchmark-dev socat clang-format clang-tidy procps python3
+# The peers that the benchmarks measure beside, and what these need.
+BENCH_PACKAGES=(libicu-dev libiniparser-dev fonts-dejavu-core cups-daemon cups-client hp-ppd)
+TEST_PACKAGES=(libgtest-dev socat clang-format clang-tidy procps python3
     cups-daemon cups-client xz-utils hp-ppd openprinting-ppds foomatic-db-compressed-ppds
     fonts-dejavu-core fonts-urw-base35 doxygen abigail-tools dpkg-dev file lintian shellcheck)
