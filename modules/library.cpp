@@ -1,15 +1,19 @@
 // Opening, closing and calling modules. Every call into one may call back, so nothing of the chain
 // is kept across it but the handle.
+//
+// State, guarded by the lock as all of the chain is: which modules are told to leave (in their
+// entries, for the length of the last release), and whether the library ends (for the length of
+// TermModule).
+#include <cstring>
 #include <dlfcn.h>
 #include <link.h>
-#include <string>
 
 #include "core/last_error.h"
 #include "core/lock.h"
 #include "modules/module_chain.h"
-#include "modules/module_names.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/preferences.h"
+#include "wexelxi/profile.h"
 #include "wexelxi/resources.h"
 
 using namespace wexelxi;
@@ -17,12 +21,40 @@ using namespace wexelxi;
 namespace {
 
 // Modules that load one another again as they leave hold up the end of the library for no more than
-// this many releases; the rest of them are forgotten as they stand.
-constexpr uint64_t kExtraReleases = 1000;
+// this many loads; the next ones fail.
+constexpr uint32_t kMaxLoadsAtEnd = 1000;
 
-// Guarded by the lock, as all of the chain is.
-enum class Ending { No, Releasing, Forgetting };
-Ending gEnding = Ending::No;
+bool gIsEnding = false;
+uint32_t gLoadsAtEnd = 0;
+
+// A module whose functions are called may end by an exception, or release itself: what is noted for
+// the length of the call is taken back by handle, on every path.
+class Leaving {
+public:
+    explicit Leaving(MODChainEntry *entry) : module_(entry->module) { entry->isLeaving = true; }
+    ~Leaving()
+    {
+        if (MODChainEntry *entry = FindModule(module_))
+            entry->isLeaving = false;
+    }
+    Leaving(const Leaving &) = delete;
+    Leaving &operator=(const Leaving &) = delete;
+
+private:
+    const HMODULE module_;
+};
+
+class Ending {
+public:
+    Ending()
+    {
+        gIsEnding = true;
+        gLoadsAtEnd = 0;
+    }
+    ~Ending() { gIsEnding = false; }
+    Ending(const Ending &) = delete;
+    Ending &operator=(const Ending &) = delete;
+};
 
 void CallDllMain(HMODULE module, uint32_t reason, intptr_t reserved)
 {
@@ -31,64 +63,52 @@ void CallDllMain(HMODULE module, uint32_t reason, intptr_t reserved)
         dllMain(module, reason, reserved);
 }
 
-HMODULE OpenModule(const std::string &name)
+void TellDetach(MODChainEntry *entry)
 {
-    HMODULE module = dlopen(name.c_str(), RTLD_LAZY);
-    if (module)
-        return module;
-    SetLastErrorString(dlerror());
-    return FailWith<HMODULE>(ERROR_GEN_FAILURE, nullptr);
+    const HMODULE module = entry->module;
+    const Leaving leaving(entry);
+    if (entry->resFunc)
+        entry->resFunc(WXRES_DETACH, 0, 0, 0);
+    CallDllMain(module, DLL_PROCESS_DETACH, 0);
 }
 
-// Enters an opened module into the chain and tells it; closes it if there is no memory for that.
-HMODULE EnterModule(const std::string &name, HMODULE module)
+MODChainEntry *FindLoaded(const char *name)
 {
-    MODChain_add(name.c_str(), module);
-    if (GetLastError() != ERROR_SUCCESS) {
-        dlclose(module);
-        return FailWith<HMODULE>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+    char folder[4096];
+    folder[0] = '\0';
+    if (name[0] != '/')
+        GetWexelXiFolder(folder);
+    return FindModule(PathOfModule(name, folder));
+}
+
+HMODULE OpenModule(const char *name)
+{
+    ModuleEntry entry = NewModuleEntry(ModuleStem(name), kModuleSuffix);
+    if (!entry)
+        return nullptr;
+    const HMODULE module = dlopen(entry->name, RTLD_LAZY);
+    if (!module) {
+        SetLastErrorString(dlerror());
+        return FailWith<HMODULE>(ERROR_GEN_FAILURE, nullptr);
     }
+    entry->module = module;
+    AppendModule(std::move(entry));
     gHMODULE++;
     SetLastError(ERROR_SUCCESS);
     CallDllMain(module, DLL_PROCESS_ATTACH, gScaleFactor);
     return module;
 }
 
-// Tells a module that its last release has come.
-void TellDetach(MODChainEntry *entry)
-{
-    const HMODULE module = entry->module;
-    entry->isLeaving = true;
-    if (entry->resFunc)
-        entry->resFunc(WXRES_DETACH, 0, 0, 0);
-    CallDllMain(module, DLL_PROCESS_DETACH, 0);
-    // A module that loaded itself again meanwhile stays, and hears of its next last release.
-    if (MODChainEntry *still = MODChain_findByMod(module))
-        still->isLeaving = false;
-}
-
-uint64_t ReferencesInChain()
-{
-    uint64_t references = 0;
-    for (const MODChainEntry *entry = gModChain; entry; entry = entry->next)
-        references += entry->refCount;
-    return references;
-}
-
-// A symbol that the host's program itself defines: what the libraries behind it define is not its
-// own.
+// A symbol that the host's program itself defines, whose name the loader leaves empty: what the
+// libraries behind it define is not its own.
 void *SymbolOfHost(const char *name)
 {
-    void *program = dlopen(nullptr, RTLD_LAZY);
-    if (!program)
-        return nullptr;
-    void *symbol = dlsym(program, name);
+    void *symbol = dlsym(RTLD_DEFAULT, name);
     Dl_info info;
-    void *owner = nullptr;
-    if (symbol && !dladdr1(symbol, &info, &owner, RTLD_DL_LINKMAP))
-        owner = nullptr;
-    dlclose(program);
-    return owner == program ? symbol : nullptr;
+    link_map *owner = nullptr;
+    if (!symbol || !dladdr1(symbol, &info, reinterpret_cast<void **>(&owner), RTLD_DL_LINKMAP))
+        return nullptr;
+    return owner->l_name[0] == '\0' ? symbol : nullptr;
 }
 
 } // namespace
@@ -99,32 +119,32 @@ HMODULE LoadLibrary(const char *name)
     SetLastError(ERROR_SUCCESS);
     if (!name || !*name)
         return nullptr;
-    const std::string normalised = NormalisedModuleName(name);
-    if (MODChainEntry *entry = MODChain_findByName(normalised.c_str())) {
-        entry->refCount++;
-        return entry->module;
-    }
-    HMODULE module = OpenModule(normalised);
-    return module ? EnterModule(normalised, module) : nullptr;
+    if (gIsEnding && gLoadsAtEnd++ >= kMaxLoadsAtEnd)
+        return FailWith<HMODULE>(ERROR_GEN_FAILURE, nullptr);
+    MODChainEntry *entry = FindLoaded(name);
+    if (!entry)
+        return OpenModule(name);
+    entry->refCount++;
+    return entry->module;
 }
 
 int32_t FreeLibrary(HMODULE module)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    MODChainEntry *entry = MODChain_findByMod(module);
+    MODChainEntry *entry = FindModule(module);
     if (!entry)
         return 0;
     const bool isHost = module == WEXELXI_HOST_MODULE;
-    if (gEnding == Ending::No && (gNoFreeLibrary || isHost))
+    if (!gIsEnding && (gNoFreeLibrary || isHost))
         return 1;
-    const bool isCallable = !isHost && gEnding != Ending::Forgetting;
-    if (isCallable && entry->isLeaving)
-        return 1;
-    if (isCallable && entry->refCount == 1)
+    if (entry->refCount == 1 && !isHost) {
+        if (entry->isLeaving)
+            return 1;
         TellDetach(entry);
+    }
     if (MODChain_remove(module)) {
-        if (isCallable)
+        if (!isHost)
             dlclose(module);
         if (gHMODULE > 0)
             gHMODULE--;
@@ -153,22 +173,22 @@ uint32_t GetModuleFileName(HMODULE module, char *destination, uint32_t)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    const MODChainEntry *entry = MODChain_findByMod(module);
-    const std::string_view name = entry ? entry->name : "";
-    destination[name.copy(destination, name.size())] = '\0';
-    return static_cast<uint32_t>(name.size());
+    const MODChainEntry *entry = FindModule(module);
+    strcpy(destination, entry ? entry->name : "");
+    return static_cast<uint32_t>(strlen(destination));
 }
 
 void TermModule(void)
 {
     LockScope lock;
     gNoFreeLibrary = 0;
-    uint64_t releases = ReferencesInChain() + kExtraReleases;
+    if (gIsEnding)
+        return; // from a module that is told to leave: the call around it goes on
+    const Ending ending;
     while (gModChain) {
-        gEnding = releases > 0 ? Ending::Releasing : Ending::Forgetting;
-        if (releases > 0)
-            releases--;
-        FreeLibrary(gModChain->module);
+        if (gModChain->isLeaving)
+            MODChain_remove(gModChain->module); // it is told already
+        else
+            FreeLibrary(gModChain->module);
     }
-    gEnding = Ending::No;
 }

@@ -7,7 +7,6 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
-#include "modules/module_names.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/profile.h"
 #include "wexelxi/time.h"
@@ -22,95 +21,131 @@ namespace {
 
 constexpr size_t kPathBytes = 4096;
 
-HGLOBAL CopyOfText(const char *text)
+// Two indexes, so that one module among many is found at once: in each bucket its entries in the
+// order of the chain, so that the first match of a bucket is the first of the chain.
+constexpr size_t kBuckets = 127;
+MODChainEntry *gByName[kBuckets];
+MODChainEntry *gByHandle[kBuckets];
+
+MODChainEntry **BucketOf(const MODChainEntry *entry)
 {
-    const size_t bytes = strlen(text) + 1;
-    if (bytes > INT32_MAX)
-        return FailWith<HGLOBAL>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
-    HGLOBAL copy = GlobalAlloc(0, static_cast<int32_t>(bytes));
-    return copy ? memcpy(copy, text, bytes) : nullptr;
+    return &gByName[ModuleNameHash(std::string_view(entry->name)) % kBuckets];
 }
 
-MODChainEntry *NewEntry(const char *name, HMODULE module)
+MODChainEntry **BucketOf(HMODULE module)
 {
-    HGLOBAL copy = CopyOfText(name);
-    if (!copy)
-        return nullptr;
-    auto *entry = static_cast<MODChainEntry *>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(MODChainEntry)));
-    if (!entry) {
-        GlobalFree(copy);
-        return nullptr;
-    }
-    entry->name = static_cast<char *>(copy);
-    entry->module = module;
-    entry->refCount = 1;
-    return entry;
+    return &gByHandle[reinterpret_cast<uintptr_t>(module) % kBuckets];
 }
 
-void FreeEntry(MODChainEntry *entry)
+template <MODChainEntry *MODChainEntry::*Next>
+void Append(MODChainEntry **link, MODChainEntry *entry)
+{
+    while (*link)
+        link = &((*link)->*Next);
+    *link = entry;
+}
+
+template <MODChainEntry *MODChainEntry::*Next>
+void Unlink(MODChainEntry **link, const MODChainEntry *entry)
+{
+    while (*link && *link != entry)
+        link = &((*link)->*Next);
+    if (*link)
+        *link = entry->*Next;
+}
+
+} // namespace
+
+namespace wexelxi {
+
+void FreeModuleEntry(MODChainEntry *entry)
 {
     GlobalFree(entry->name);
     GlobalFree(entry);
 }
 
-// Where the pointer to the entry with that handle stands; the end of the chain if there is none.
-MODChainEntry **LinkTo(HMODULE module)
+ModuleEntry NewModuleEntry(std::string_view name, std::string_view suffix)
 {
-    MODChainEntry **link = &gModChain;
-    while (*link && (*link)->module != module)
-        link = &(*link)->next;
-    return link;
+    const size_t bytes = name.size() + suffix.size() + 1;
+    if (bytes > INT32_MAX)
+        return FailWith<ModuleEntry>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+    GlobalBlock<char> text(static_cast<char *>(GlobalAlloc(0, static_cast<int32_t>(bytes))));
+    if (!text)
+        return nullptr;
+    text.get()[name.copy(text.get(), name.size())] = '\0';
+    text.get()[name.size() + suffix.copy(text.get() + name.size(), suffix.size())] = '\0';
+    auto *entry = static_cast<MODChainEntry *>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(MODChainEntry)));
+    if (!entry)
+        return nullptr;
+    entry->name = text.release();
+    entry->refCount = 1;
+    return ModuleEntry(entry);
 }
 
-// The whole path that a name means, normalised.
-std::string PathOfModule(const char *name)
+void AppendModule(ModuleEntry owned)
 {
-    if (name[0] == '/')
-        return NormalisedModuleName(name);
-    char folder[kPathBytes];
-    GetWexelXiFolder(folder);
-    return NormalisedModuleName(std::string(folder) + '/' + name);
+    AssertLockHeld();
+    MODChainEntry *entry = owned.release();
+    Append<&MODChainEntry::next>(&gModChain, entry);
+    Append<&MODChainEntry::nextOfName>(BucketOf(entry), entry);
+    Append<&MODChainEntry::nextOfHandle>(BucketOf(entry->module), entry);
 }
 
-} // namespace
+MODChainEntry *FindModule(HMODULE module)
+{
+    AssertLockHeld();
+    MODChainEntry *entry = *BucketOf(module);
+    while (entry && entry->module != module)
+        entry = entry->nextOfHandle;
+    return entry;
+}
+
+MODChainEntry *FindModule(const ModulePath &path)
+{
+    AssertLockHeld();
+    MODChainEntry *entry = gByName[ModuleNameHash(path) % kBuckets];
+    while (entry && !ModuleNameMatches(entry->name, path))
+        entry = entry->nextOfName;
+    return entry;
+}
+
+} // namespace wexelxi
 
 void MODChain_add(const char *name, HMODULE module)
 {
     LockScope lock;
-    MODChainEntry *entry = NewEntry(name ? name : "", module);
-    if (!entry)
-        return;
-    MODChainEntry **link = &gModChain;
-    while (*link)
-        link = &(*link)->next;
-    *link = entry;
+    if (ModuleEntry entry = NewModuleEntry(name ? name : "")) {
+        entry->module = module;
+        AppendModule(std::move(entry));
+    }
 }
 
 MODChainEntry *MODChain_findByMod(HMODULE module)
 {
     LockScope lock;
-    return *LinkTo(module);
+    return FindModule(module);
 }
 
 MODChainEntry *MODChain_findByName(const char *name)
 {
     LockScope lock;
-    const std::string path = PathOfModule(name);
-    MODChainEntry *entry = gModChain;
-    while (entry && !ModuleNameMatches(entry->name, path))
-        entry = entry->next;
-    return entry;
+    char folder[kPathBytes];
+    folder[0] = '\0';
+    if (name[0] != '/')
+        GetWexelXiFolder(folder);
+    return FindModule(PathOfAnyName(name, folder));
 }
 
 BOOL MODChain_remove(HMODULE module)
 {
     LockScope lock;
-    MODChainEntry **link = LinkTo(module);
-    MODChainEntry *entry = *link;
+    MODChainEntry *entry = FindModule(module);
     if (!entry || --entry->refCount != 0)
         return FALSE;
-    *link = entry->next;
-    FreeEntry(entry);
+    Unlink<&MODChainEntry::next>(&gModChain, entry);
+    Unlink<&MODChainEntry::nextOfName>(BucketOf(entry), entry);
+    Unlink<&MODChainEntry::nextOfHandle>(BucketOf(module), entry);
+    FreeModuleEntry(entry);
     return TRUE;
 }
 
@@ -121,6 +156,6 @@ void InitModule(void)
     gettimeofday(&now, nullptr);
     gTickStart = static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_usec / 1000);
     MODChain_add(gWEXELfullPath, WEXELXI_HOST_MODULE);
-    if (MODChainEntry *host = MODChain_findByMod(WEXELXI_HOST_MODULE))
+    if (MODChainEntry *host = FindModule(WEXELXI_HOST_MODULE))
         host->resFunc = gWexelResFunc;
 }

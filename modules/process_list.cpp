@@ -1,11 +1,10 @@
 // Whether a program runs, as `ps` tells it.
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <unistd.h>
 
 #include "core/lock.h"
+#include "core/no_memory.h"
+#include "modules/capture_file.h"
 #include "modules/shell_text.h"
 #include "profile/folder.h"
 #include "wexelxi/processes.h"
@@ -16,11 +15,6 @@ namespace {
 
 constexpr int kLineBytes = 253;
 
-struct CloseStream {
-    void operator()(FILE *stream) const { fclose(stream); }
-};
-using ListStream = std::unique_ptr<FILE, CloseStream>;
-
 // Behind the heading, one name a line.
 bool ListNamesPartOf(FILE *list, const char *text)
 {
@@ -28,11 +22,27 @@ bool ListNamesPartOf(FILE *list, const char *text)
     if (!fgets(line, sizeof line, list))
         return false;
     while (fgets(line, sizeof line, list)) {
-        const std::string name(ProcessName(line));
-        if (!name.empty() && strstr(text, name.c_str()))
+        line[ProcessName(line).size()] = '\0';
+        if (line[0] != '\0' && strstr(text, line))
             return true;
     }
     return false;
+}
+
+int32_t AskForNames(const char *text)
+{
+    const std::string path = std::string(ConfigurationFolder()) + "/psrep";
+    const std::string command = "ps -eo \"%c\" > " + ShellWord(path);
+    unlink(path.c_str()); // what a killed process left there, or a link
+    Descriptor file = MakeCommandFile(path);
+    if (!file)
+        return 0;
+    [[maybe_unused]] const int status = system(command.c_str()); // the file tells
+    unlink(path.c_str());
+    const Stream list(fdopen(file.get(), "r"));
+    if (list)
+        file.release();
+    return list && ListNamesPartOf(list.get(), text);
 }
 
 } // namespace
@@ -40,11 +50,5 @@ bool ListNamesPartOf(FILE *list, const char *text)
 int32_t testForProgOpen_Unix(const char *text)
 {
     LockScope lock;
-    const std::string path = std::string(ConfigurationFolder()) + "/psrep";
-    const std::string command = "ps -eo \"%c\" > " + ShellWord(path);
-    [[maybe_unused]] const int status = system(command.c_str()); // the file tells
-    const ListStream list(fopen(path.c_str(), "re"));
-    const bool runs = list && ListNamesPartOf(list.get(), text);
-    unlink(path.c_str());
-    return runs;
+    return OrNoMemory(0, [&] { return AskForNames(text); });
 }

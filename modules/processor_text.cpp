@@ -1,37 +1,23 @@
-// Reading the kernel's text on the processors: lines of a key, a colon and a value.
+// Reading the kernel's text on the processors.
 #include "modules/processor_text.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <string>
+#include <cstring>
 #include <strings.h>
 
 namespace wexelxi {
 
 namespace {
 
-// What a reader with a buffer of 4096 bytes takes for a line: a longer one counts as several.
-constexpr size_t kMaxLine = 4095;
-
-std::string_view TakeLine(std::string_view &text)
+bool BeginsWith(const char *text, const char *word)
 {
-    const size_t end = text.find('\n');
-    const size_t length =
-        std::min({end == std::string_view::npos ? text.size() : end + 1, kMaxLine});
-    const std::string_view line = text.substr(0, length);
-    text.remove_prefix(length);
-    return line;
-}
-
-bool BeginsWith(std::string_view key, std::string_view word)
-{
-    return key.size() >= word.size() && strncasecmp(key.data(), word.data(), word.size()) == 0;
+    return strncasecmp(text, word, strlen(word)) == 0;
 }
 
 // Only the first digit counts; a family that does not begin with one of these says nothing.
-void NoteFamily(std::string_view value, ProcessorFacts &facts)
+void NoteFamily(char digit, ProcessorFacts &facts)
 {
-    const char digit = value.empty() ? '\0' : value.front();
     if (digit < '3' || digit > '6')
         return;
     const auto level = static_cast<uint16_t>(std::min(digit - '0', 5));
@@ -39,36 +25,27 @@ void NoteFamily(std::string_view value, ProcessorFacts &facts)
     facts.type = level * 100u + 86u;
 }
 
-void NoteStepping(std::string_view value, ProcessorFacts &facts)
+void NoteStepping(const char *value, ProcessorFacts &facts)
 {
-    const std::string text(value);
     char *end = nullptr;
-    const long number = strtol(text.c_str(), &end, 10);
-    if (end != text.c_str())
+    const long number = strtol(value, &end, 10);
+    if (end != value)
         facts.stepping = static_cast<uint16_t>(number);
 }
 
 } // namespace
 
-ProcessorFacts ScanProcessorText(std::string_view text)
+void NoteProcessorLine(const char *line, ProcessorFacts &facts)
 {
-    ProcessorFacts facts;
-    while (!text.empty()) {
-        const std::string_view line = TakeLine(text);
-        const size_t colon = line.find(':');
-        if (colon == std::string_view::npos)
-            continue;
-        const std::string_view key = line.substr(0, colon);
-        std::string_view value = line.substr(colon + 1);
-        value.remove_prefix(std::min(value.find_first_not_of(' '), value.size()));
-        value = value.substr(0, value.find('\n'));
-        facts.hasEntries = true;
-        if (BeginsWith(key, "cpu family"))
-            NoteFamily(value, facts);
-        if (BeginsWith(key, "stepping"))
-            NoteStepping(value, facts);
-    }
-    return facts;
+    const char *colon = strchr(line, ':');
+    if (!colon)
+        return;
+    const char *value = colon + 1 + strspn(colon + 1, " ");
+    facts.hasEntries = true;
+    if (BeginsWith(line, "cpu family"))
+        NoteFamily(*value, facts);
+    if (BeginsWith(line, "stepping"))
+        NoteStepping(value, facts);
 }
 
 } // namespace wexelxi

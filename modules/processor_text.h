@@ -1,8 +1,7 @@
-// Reading the kernel's text on the processors: a pure function of the text.
+// Reading the kernel's text on the processors, line by line: pure functions of the text.
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 namespace wexelxi {
 
@@ -13,7 +12,8 @@ struct ProcessorFacts {
     uint16_t stepping = 0;
 };
 
-// What the text says; of several processors the last one's values stand.
-ProcessorFacts ScanProcessorText(std::string_view text);
+// Takes over what a line says: a key, a colon and a value, with or without a line end. Of several
+// processors the last one's values stand.
+void NoteProcessorLine(const char *line, ProcessorFacts &facts);
 
 } // namespace wexelxi

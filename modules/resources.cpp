@@ -18,10 +18,11 @@ struct ResourceRecord {
 
 namespace {
 
-WXRESFUNC ResourceFunctionOf(HMODULE module)
+WXRESFUNC ResourceFunctionOf(MODChainEntry *entry)
 {
-    MODChainEntry *entry = MODChain_findByMod(module);
-    return entry ? MODChain_getResFunc(entry) : nullptr;
+    if (!entry)
+        return nullptr;
+    return entry->resFunc ? entry->resFunc : MODChain_getResFunc(entry);
 }
 
 // The host's function came with InitLib, and its pseudo-handle is none that dlsym could take.
@@ -34,7 +35,7 @@ WXRESFUNC LookUpResourceFunction(HMODULE module)
 
 intptr_t SendToOwner(const ResourceRecord *record, uint32_t opcode, intptr_t value)
 {
-    const WXRESFUNC send = MODChain_getResFunc(record->owner);
+    const WXRESFUNC send = ResourceFunctionOf(record->owner);
     return send ? send(opcode, 0, value, 0) : 0;
 }
 
@@ -57,8 +58,8 @@ ResourceRecord *FindResource(HMODULE module, const void *name, const void *type)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    MODChainEntry *entry = MODChain_findByMod(module);
-    const WXRESFUNC send = entry ? MODChain_getResFunc(entry) : nullptr;
+    MODChainEntry *entry = FindModule(module);
+    const WXRESFUNC send = ResourceFunctionOf(entry);
     if (!send)
         return nullptr;
     const intptr_t found =
@@ -78,7 +79,7 @@ ResourceRecord *LoadResource(HMODULE module, ResourceRecord *record)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    const WXRESFUNC send = ResourceFunctionOf(module);
+    const WXRESFUNC send = ResourceFunctionOf(FindModule(module));
     if (!send || !record)
         return nullptr;
     record->loaded = send(WXRES_LOAD, record->found, 0, 0);
@@ -126,7 +127,7 @@ int32_t LoadString(HMODULE module, uint32_t id, char *destination, int32_t size)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    const WXRESFUNC send = ResourceFunctionOf(module);
+    const WXRESFUNC send = ResourceFunctionOf(FindModule(module));
     if (!send)
         return 0;
     return static_cast<int32_t>(send(WXRES_LOADSTRING, static_cast<intptr_t>(id),

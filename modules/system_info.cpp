@@ -1,12 +1,11 @@
 // What the machine, its user and this library are called, and what they are.
 #include <cstdio>
 #include <cstring>
-#include <memory>
-#include <string>
 #include <unistd.h>
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/owners.h"
 #include "modules/processor_text.h"
 #include "wexelxi/preferences.h"
 #include "wexelxi/processes.h"
@@ -19,25 +18,13 @@ namespace {
 SYSTEM_INFO gSystemInfo = {};
 bool gHasScanned = false;
 
-struct CloseStream {
-    void operator()(FILE *stream) const { fclose(stream); }
-};
-
-std::string ReadProcessorText()
-{
-    std::string text;
-    const std::unique_ptr<FILE, CloseStream> stream(fopen("/proc/cpuinfo", "re"));
-    if (!stream)
-        return text;
-    char piece[4096];
-    while (const size_t got = fread(piece, 1, sizeof piece, stream.get()))
-        text.append(piece, got);
-    return text;
-}
-
 SYSTEM_INFO AskTheMachine()
 {
-    const ProcessorFacts facts = ScanProcessorText(ReadProcessorText());
+    ProcessorFacts facts;
+    const Stream stream(fopen("/proc/cpuinfo", "re"));
+    char line[4096]; // a longer line counts as several
+    while (stream && fgets(line, sizeof line, stream.get()))
+        NoteProcessorLine(line, facts);
     SYSTEM_INFO info = {};
     info.dwProcessorType = facts.type;
     info.wProcessorLevel = facts.level;

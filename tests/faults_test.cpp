@@ -275,11 +275,21 @@ const Scenario kScenarios[] = {
 
 // What fails still. Take a line away with the fault; the environment variable PENDING runs them
 // all.
+// clang-format off
 const std::set<std::string> kPending = {
-    "add a section",  "ask the machine", "catch a command",      "choose a language",
-    "list a section", "load a module",   "load the preferences", "look for a program",
-    "measure a text", "read a key",      "replace a key",        "run a thread",
-    "set up a line",  "start anew",      "use a semaphore"};
+    "add a section",
+    "choose a language",
+    "list a section",
+    "load the preferences",
+    "measure a text",
+    "read a key",
+    "replace a key",
+    "run a thread",
+    "set up a line",
+    "start anew",
+    "use a semaphore",
+};
+// clang-format on
 
 void Try(const Scenario &scenario)
 {

@@ -9,6 +9,8 @@
 #include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <thread>
@@ -17,22 +19,23 @@
 
 #include "modules/processor_text.h"
 #include "modules/shell_text.h"
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
+namespace fs = std::filesystem;
+
 namespace {
 
-using wexelxi::ProcessorFacts;
-using wexelxi::ResultOfCommand;
-using wexelxi::ScanProcessorText;
-
 constexpr uint32_t kBoth = WINEXEC_WAIT | WINEXEC_CAPTURE;
+constexpr uint32_t kNoStatus = 0xFFFFFFFF;
 
 // What a command writes, "(null)" where no block comes back.
-std::string Capture(const std::string &command, uint32_t result = 32)
+std::string Capture(const std::string &command, uint32_t result = 32,
+                    uint32_t error = ERROR_SUCCESS)
 {
     char *output = const_cast<char *>("untouched");
-    EXPECT_EQ(WinExecEx(command.c_str(), 0, kBoth, &output), result);
+    EXPECT_OUTCOME(WinExecEx(command.c_str(), 0, kBoth, &output), result, error) << command;
     if (!output)
         return "(null)";
     const std::string text(output, GlobalSize(output) - 1);
@@ -43,7 +46,7 @@ std::string Capture(const std::string &command, uint32_t result = 32)
 
 size_t FilesIn(const std::string &folder)
 {
-    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+    return static_cast<size_t>(std::distance(fs::directory_iterator(folder), {}));
 }
 
 TEST(Commands, GiveTheStatusThatTheShellEndsWith)
@@ -51,21 +54,25 @@ TEST(Commands, GiveTheStatusThatTheShellEndsWith)
     StartedLibrary library;
     const struct {
         const char *command;
-        uint32_t flags, result;
+        uint32_t flags, result, error;
     } rows[] = {
-        {"true", WINEXEC_WAIT, 32},       {"exit 3", WINEXEC_WAIT, 768},
-        {"exit 127", WINEXEC_WAIT, 2},    {"/no/such/command 2>&-", WINEXEC_WAIT, 2},
-        {"kill -9 $$", WINEXEC_WAIT, 9},  {"kill -TERM $$", kBoth, SIGTERM},
-        {"", WINEXEC_WAIT, 32},           {"exit 3", WINEXEC_CAPTURE, 32},
-        {"/no/such/command 2>&-", 0, 32},
+        {"true", WINEXEC_WAIT, 32, 0},
+        {"exit 3", WINEXEC_WAIT, 768, 0},
+        {"exit 127", WINEXEC_WAIT, 2, 0},
+        {"/no/such/command 2>&-", WINEXEC_WAIT, 2, 0},
+        {"kill -9 $$", WINEXEC_WAIT, 9, 0},
+        {"kill -TERM $$", kBoth, SIGTERM, ERROR_FILE_NOT_FOUND}, // from the search for a name
+        {"", WINEXEC_WAIT, 32, 0},
+        {"exit 3", WINEXEC_CAPTURE, 32, 0},
+        {"/no/such/command 2>&-", 0, 32, 0},
     };
     for (const auto &row : rows) {
-        SetLastError(9);
-        EXPECT_EQ(WinExecEx(row.command, 5, row.flags, nullptr), row.result) << row.command;
-        EXPECT_EQ(GetLastError(), row.flags == kBoth ? 2u : 0u) << row.command;
+        EXPECT_OUTCOME(WinExecEx(row.command, 5, row.flags, nullptr), row.result, row.error)
+            << row.command;
     }
-    EXPECT_EQ(ResultOfCommand(0x7F), 11u);
-    EXPECT_EQ(ResultOfCommand(-1), 0xFFFFFFFFu);
+    EXPECT_OUTCOME(WinExec("exit 3", 0), 32u, ERROR_SUCCESS);
+    EXPECT_EQ(wexelxi::ResultOfCommand(0x7F), 11u);
+    EXPECT_EQ(wexelxi::ResultOfCommand(-1), kNoStatus);
     char *output = const_cast<char *>("untouched");
     EXPECT_EQ(WinExecEx("true", 0, WINEXEC_CAPTURE, &output), 32u);
     EXPECT_STREQ(output, "untouched");
@@ -75,44 +82,49 @@ TEST(Commands, AreCaughtWholeAndLeaveNoFile)
 {
     StartedLibrary library;
     const size_t files = FilesIn(library.folder.path());
-    EXPECT_EQ(Capture("echo text"), "text\n");
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(Capture("true"), "(null)");
-    EXPECT_EQ(Capture("echo lost; exit 3", 768), "(null)")
-        << "the file is that of the last command";
-    EXPECT_EQ(Capture("printf 'a\\0b'"), std::string("a\0b", 3));
-    const std::string many = Capture("head -c 5000000 /dev/zero | tr '\\0' x");
-    EXPECT_EQ(many, std::string(5000000, 'x'));
+    const struct {
+        const char *command;
+        std::string output;
+        uint32_t result, error;
+    } rows[] = {
+        {"echo text", "text\n", 32, 0},
+        {"true", "(null)", 32, 0},
+        {"echo lost; exit 3", "(null)", 768, 0}, // the file is that of the last command
+        {"printf 'a\\0b'", std::string("a\0b", 3), 32, 0},
+        {"head -c 5000000 /dev/zero | tr '\\0' x", std::string(5000000, 'x'), 32, 0},
+        {"rm \"$WEXELXIDIR\"/wexec*; echo", "(null)", 32, ERROR_FILE_NOT_FOUND},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(Capture(row.command, row.result, row.error), row.output) << row.command;
     EXPECT_EQ(FilesIn(library.folder.path()), files);
     EXPECT_EQ(WinExecEx("echo stays", 0, kBoth, nullptr), 32u);
     EXPECT_EQ(FilesIn(library.folder.path()), files + 1);
     SetWexelXiFolder("/no/such/folder");
-    char *output = const_cast<char *>("untouched");
-    EXPECT_EQ(WinExecEx("exec 2>&-; true", 0, kBoth, &output), 512u);
-    EXPECT_EQ(output, nullptr);
+    EXPECT_EQ(Capture("exec 2>&-; true", 512, ERROR_FILE_NOT_FOUND), "(null)");
 }
 
-TEST(Commands, WorkInAnyFolderAtAnyLength)
+TEST(Commands, WorkInAnyFolder)
 {
     StartedLibrary library;
     for (const std::string &name : {std::string("a b"), std::string("it's $HOME \"`ls`\""),
                                     std::string(250, 'd') + "/" + std::string(250, 'e') + "/" +
                                         std::string(250, 'f') + "/" + std::string(250, 'g')}) {
         const std::string folder = library.folder.file(name);
-        std::filesystem::create_directories(folder);
+        fs::create_directories(folder);
         SetWexelXiFolder(folder.c_str());
         EXPECT_EQ(Capture("echo text"), "text\n") << name;
         EXPECT_EQ(testForProgOpen_Unix("neither here nor there but ps"), 1);
         EXPECT_EQ(FilesIn(folder), 0u);
     }
-    for (const size_t length : {131060u, 131071u, 131072u, 1000000u, 3000000u}) {
-        const std::string start = "x=1; echo $0 $# $x #";
-        const std::string command = start + std::string(length - start.size(), 'c');
-        EXPECT_EQ(Capture(command + "\necho"), "\n") << length;
-        EXPECT_EQ(WinExecEx((command + "\nexit 7").c_str(), 0, WINEXEC_WAIT, nullptr), 7u * 256);
+}
+
+TEST(Commands, EndWith127BeyondTheLongestArgument)
+{
+    StartedLibrary library;
+    for (const auto &[length, result] : {std::pair(131071u, 3u * 256), std::pair(131072u, 2u)}) {
+        const std::string command = "exit 3 #" + std::string(length - 8, 'c');
+        EXPECT_EQ(WinExecEx(command.c_str(), 0, WINEXEC_WAIT, nullptr), result) << length;
     }
-    EXPECT_EQ(Capture("printf '" + std::string(1000000, 'y') + "%s' \"$0$#\""),
-              std::string(1000000, 'y') + "sh0");
 }
 
 void Handler(int) {}
@@ -126,9 +138,14 @@ TEST(Commands, GiveTheSignalsBackAndResetThemInTheChild)
     sigaction(SIGINT, &mine, nullptr);
     signal(SIGQUIT, SIG_IGN);
     signal(SIGHUP, SIG_IGN);
-    const std::string status = Capture("grep ^SigIgn: /proc/self/status");
-    const uint64_t ignored = std::stoull(status.substr(8), nullptr, 16);
-    EXPECT_EQ(ignored & (1u << (SIGINT - 1) | 1u << (SIGQUIT - 1) | 1u << (SIGHUP - 1)), 0u);
+    const auto bit = [](int number) { return uint64_t{1} << (number - 1); };
+    for (const auto &[host, isIgnored] : {std::pair(SIG_DFL, false), std::pair(SIG_IGN, true)}) {
+        signal(SIGPIPE, host);
+        const std::string status = Capture("grep ^SigIgn: /proc/self/status");
+        const uint64_t ignored = std::stoull(status.substr(8), nullptr, 16);
+        EXPECT_EQ(ignored & (bit(SIGINT) | bit(SIGQUIT) | bit(SIGHUP)), 0u);
+        EXPECT_EQ((ignored & bit(SIGPIPE)) != 0, isIgnored) << "as the host has chosen";
+    }
     EXPECT_EQ(WinExecEx("kill -INT $PPID; kill -QUIT $PPID", 0, WINEXEC_WAIT, nullptr), 32u);
     WinExec("exit 3", 0);
     struct sigaction after = {};
@@ -137,6 +154,21 @@ TEST(Commands, GiveTheSignalsBackAndResetThemInTheChild)
     EXPECT_EQ(after.sa_flags & (SA_RESTART | SA_NODEFER), SA_RESTART | SA_NODEFER);
     sigaction(SIGQUIT, nullptr, &after);
     EXPECT_EQ(after.sa_handler, SIG_IGN);
+}
+
+TEST(Commands, AreWaitedForThroughSignals)
+{
+    StartedLibrary library;
+    const size_t files = FilesIn(library.folder.path());
+    struct sigaction interrupts = {};
+    interrupts.sa_handler = Handler; // and no SA_RESTART
+    sigaction(SIGALRM, &interrupts, nullptr);
+    const itimerval often = {{0, 10000}, {0, 10000}}, never = {};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    EXPECT_EQ(Capture("sleep 0.2; echo text"), "text\n");
+    setitimer(ITIMER_REAL, &never, nullptr);
+    EXPECT_EQ(FilesIn(library.folder.path()), files);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no process is left over";
 }
 
 TEST(Commands, InheritTheHostsDescriptorsOnly)
@@ -151,7 +183,6 @@ TEST(Commands, InheritTheHostsDescriptorsOnly)
                              0, nullptr, CREATE_ALWAYS, 0, nullptr);
     RegisterEventSource(nullptr, "test");
     EXPECT_EQ(Capture("ls /proc/self/fd"), plain);
-    EXPECT_EQ(Capture("ls /proc/self/fd #" + std::string(200000, 'c') + "\n true | cat"), "(null)");
     DeregisterEventSource(nullptr);
     CloseHandle(file);
     EXPECT_EQ(OpenDescriptors(), before);
@@ -177,7 +208,7 @@ TEST(Commands, ReapTheHostsOtherChildren)
     kill(living, SIGKILL);
     waitpid(living, nullptr, 0);
     signal(SIGCHLD, SIG_IGN); // the platform reaps for itself
-    EXPECT_EQ(WinExecEx("exit 4", 0, WINEXEC_WAIT, nullptr), 0xFFFFFFFFu);
+    EXPECT_EQ(WinExecEx("exit 4", 0, WINEXEC_WAIT, nullptr), kNoStatus);
 }
 
 TEST(Commands, HoldTheLockUntilTheyEnd)
@@ -196,73 +227,125 @@ TEST(Commands, HoldTheLockUntilTheyEnd)
     command.join();
 }
 
+// What somebody else put at the name of the list of programs is not written to.
+TEST(RunningPrograms, AreAskedForInAFileOfOurOwn)
+{
+    StartedLibrary library;
+    const std::string list = library.folder.file("psrep"), kept = library.folder.file("kept");
+    WriteWholeFile(kept, "kept");
+    for (const auto put : {symlink, link}) {
+        ASSERT_EQ(put(kept.c_str(), list.c_str()), 0);
+        EXPECT_OUTCOME(testForProgOpen_Unix("sh and ps"), 1, kUnchanged);
+        EXPECT_EQ(ReadWholeFile(kept), "kept");
+        EXPECT_FALSE(FileExists(list));
+    }
+    fs::create_directory(list);
+    EXPECT_OUTCOME(testForProgOpen_Unix("sh and ps"), 0, kUnchanged);
+    EXPECT_TRUE(FileExists(list));
+}
+
 TEST(RunningPrograms, AreFoundByTheirNames)
 {
     StartedLibrary library;
     prctl(PR_SET_NAME, "qzjx7");
-    SetLastError(9);
-    EXPECT_EQ(testForProgOpen_Unix("/opt/Qzjx7/qzjx7.exe"), 1);
-    EXPECT_EQ(testForProgOpen_Unix("qzj"), 0) << "the text holds the name, not the other way round";
-    EXPECT_EQ(testForProgOpen_Unix(""), 0);
-    EXPECT_EQ(GetLastError(), 9u);
+    const std::tuple<const char *, int32_t> rows[] = {
+        {"/opt/Qzjx7/qzjx7.exe", 1},
+        {"qzj", 0},  // the text holds the name, not the other way round
+        {"qzjx", 0}, // the whole name
+        {"qzjx8", 0},
+        {"", 0}};
+    for (const auto &[text, runs] : rows)
+        EXPECT_OUTCOME(testForProgOpen_Unix(text), runs, kUnchanged) << text;
     EXPECT_FALSE(FileExists(library.folder.file("psrep")));
     SetWexelXiFolder("/no/such/folder");
-    EXPECT_EQ(testForProgOpen_Unix("/opt/qzjx7"), 0);
+    EXPECT_OUTCOME(testForProgOpen_Unix("/opt/qzjx7"), 0, kUnchanged);
+}
+
+TEST(RunningPrograms, AreListedOneALine)
+{
+    const std::pair<const char *, const char *> rows[] = {
+        {"sh\n", "sh"}, {"sh             \n", "sh"}, {"a b \n", "a b"}, {"\n", ""}, {"", ""}};
+    for (const auto &[line, name] : rows)
+        EXPECT_EQ(wexelxi::ProcessName(line), name) << line;
 }
 
 TEST(ProcessorText, IsReadLineByLine)
 {
     const struct {
-        std::string text;
+        std::vector<const char *> lines;
         uint32_t type, level, stepping;
         bool hasEntries;
-    } rows[] = {{"no colon\n", 0, 0, 0, false},
-                {"model name: x\n", 0, 0, 0, true},
-                {"cpu family\t: 6\nstepping\t: 9\n", 586, 5, 9, true},
-                {"CPU FAMILY : 3", 386, 3, 0, true},
-                {"cpu family: 4\n", 486, 4, 0, true},
-                {"cpu family: 64\n", 586, 5, 0, true},
-                {"cpu family: 3\ncpu family: 15\ncpu family: 23\ncpu family: 7\n", 386, 3, 0, true},
-                {" cpu family: 6\n", 0, 0, 0, true},
-                {"cpu family:\nstepping: 7\nstepping: 65538x\nstepping: unknown\n", 0, 0, 2, true},
-                {"Steppings: -1", 0, 0, 65535, true},
-                // A line that no buffer of 4096 bytes takes goes on as a line of its own.
-                {std::string(4095, 'x') + "cpu family: 6\n", 586, 5, 0, true},
-                {std::string(4094, 'x') + "cpu family: 6\n", 0, 0, 0, true}};
-    for (const auto &[text, type, level, stepping, hasEntries] : rows) {
-        const ProcessorFacts facts = ScanProcessorText(text);
+    } rows[] = {{{"no colon\n"}, 0, 0, 0, false},
+                {{"model name: x\n"}, 0, 0, 0, true},
+                {{"cpu family\t: 6\n", "stepping\t: 9\n"}, 586, 5, 9, true},
+                {{"CPU FAMILY : 3"}, 386, 3, 0, true},
+                {{"cpu family:   4\n"}, 486, 4, 0, true},
+                {{"cpu family: 5\n"}, 586, 5, 0, true},
+                {{"cpu family: 64\n"}, 586, 5, 0, true},
+                {{"cpu family: 3\n", "cpu family: 15\n", "cpu family: 2", "cpu family: 7\n"},
+                 386,
+                 3,
+                 0,
+                 true},
+                {{" cpu family: 6\n", "cpu famil: 6\n"}, 0, 0, 0, true},
+                {{"cpu family:\n", "stepping: 7\n", "stepping: 65538x\n", "stepping: unknown\n"},
+                 0,
+                 0,
+                 2,
+                 true},
+                {{"Steppings: -1"}, 0, 0, 65535, true}};
+    for (const auto &[lines, type, level, stepping, hasEntries] : rows) {
+        wexelxi::ProcessorFacts facts;
+        for (const char *line : lines)
+            wexelxi::NoteProcessorLine(line, facts);
         EXPECT_EQ(std::tuple(facts.type, facts.level, facts.stepping, facts.hasEntries),
                   std::tuple(type, level, stepping, hasEntries))
-            << text;
+            << lines.front();
     }
 }
 
-TEST(SystemInformation, NamesMachineUserAndProcessors)
+TEST(SystemInformation, NamesTheMachine)
 {
-    SetLastError(9);
     char expected[256], name[256] = "";
     gethostname(expected, sizeof expected);
     uint32_t size = sizeof name;
-    EXPECT_EQ(GetComputerName(name, &size), 1);
+    EXPECT_OUTCOME(GetComputerName(name, &size), 1, kUnchanged);
     EXPECT_STREQ(name, expected);
     EXPECT_EQ(size, strlen(expected));
-    EXPECT_EQ(GetComputerName(name, &size), 0) << "no room for the NUL";
+    EXPECT_OUTCOME(GetComputerName(name, &size), 0, kUnchanged) << "no room for the NUL";
     EXPECT_EQ(size, strlen(expected));
+}
 
-    size = sizeof name;
-    ASSERT_EQ(GetUserName(name, &size), 1);
-    EXPECT_EQ(size, strlen(name));
-    EXPECT_EQ(GetUserName(name, &size), 0);
-    EXPECT_STREQ(name, "");
-    EXPECT_EQ(GetUserName(nullptr, &size) + GetUserName(name, nullptr), 0);
-    EXPECT_EQ(GetLastError(), 9u);
+TEST(SystemInformation, NamesTheUser)
+{
+    char name[256] = "";
+    uint32_t size = sizeof name;
+    ASSERT_TRUE(
+        CheckOutcome("GetUserName", TRUE, kUnchanged, [&] { return GetUserName(name, &size); }));
+    const std::string expected = name;
+    EXPECT_EQ(size, expected.size());
+    for (const auto &[room, fits] : {std::pair(size, BOOL{FALSE}), {size + 1, BOOL{TRUE}}}) {
+        uint32_t given = room;
+        strcpy(name, "stale");
+        EXPECT_OUTCOME(GetUserName(name, &given), fits, kUnchanged);
+        EXPECT_EQ(name, fits ? expected : "");
+        EXPECT_EQ(given, expected.size());
+    }
+    EXPECT_OUTCOME(GetUserName(nullptr, &size), FALSE, kUnchanged);
+    EXPECT_OUTCOME(GetUserName(name, nullptr), FALSE, kUnchanged);
+}
 
+TEST(SystemInformation, TellsTheProcessorsAndTheVersion)
+{
     SYSTEM_INFO info;
     memset(&info, 0x55, sizeof info);
-    GetSystemInfo(&info);
-    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_LAST_ERROR(GetSystemInfo(&info), ERROR_SUCCESS);
     EXPECT_EQ(info.dwNumberOfProcessors, static_cast<uint32_t>(sysconf(_SC_NPROCESSORS_ONLN)));
     EXPECT_LE(info.wProcessorLevel, 5);
+    gVersion = -2;
+    EXPECT_OUTCOME(GetVersion(), 0xFFFFFFFEu, kUnchanged);
+    EXPECT_OUTCOME(WinHelp(nullptr, "file", 1, 2), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(SystemParametersInfo(1, 2, nullptr, 3), 0, ERROR_SUCCESS);
 }
 
 // A datagram socket at /dev/log, in a mount namespace that ends with this test's process; -1 where
@@ -287,14 +370,16 @@ TEST(EventLog, ReachesTheSystemLog)
     if (log < 0)
         GTEST_SKIP() << "this machine gives no private mount namespace";
     std::string source = "report";
-    SetLastError(9);
-    EXPECT_EQ(RegisterEventSource("server", source.c_str()), reinterpret_cast<HANDLE>(1));
+    EXPECT_OUTCOME(RegisterEventSource("server", source.c_str()), reinterpret_cast<HANDLE>(1),
+                   kUnchanged);
     source.assign("XXXXXX"); // the library has a copy
     const char *strings[] = {"100%s ", "done", nullptr};
-    EXPECT_EQ(ReportEvent(nullptr, 1, 2, 3, nullptr, 3, 0, strings, nullptr), 1);
-    EXPECT_EQ(ReportEvent(nullptr, 1, 2, 3, nullptr, 0, 0, nullptr, nullptr), 1);
-    EXPECT_EQ(DeregisterEventSource(nullptr), 1);
-    EXPECT_EQ(GetLastError(), 9u);
+    EXPECT_OUTCOME(ReportEvent(nullptr, 1, 2, 3, nullptr, 3, 0, strings, nullptr), TRUE,
+                   kUnchanged);
+    EXPECT_EQ(ReportEvent(nullptr, 1, 2, 3, nullptr, 0, 0, nullptr, nullptr), TRUE);
+    const size_t open = OpenDescriptors();
+    EXPECT_OUTCOME(DeregisterEventSource(nullptr), TRUE, kUnchanged);
+    EXPECT_EQ(OpenDescriptors(), open - 1);
     for (const char *expected : {"report: 100%s done", "report: "}) {
         char message[1000] = "";
         EXPECT_GT(recv(log, message, sizeof message - 1, MSG_DONTWAIT), 0);

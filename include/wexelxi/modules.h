@@ -50,8 +50,8 @@ WEXELXI_API void MODChain_add(const char *name, HMODULE module);
 WEXELXI_API MODChainEntry *MODChain_findByMod(HMODULE module);
 
 /** The first entry that a name means, or null. A name that does not begin with '/' is taken from
- * the configuration folder. A module loaded by its full path is found by the same path; one loaded
- * by a bare name is found by any path that ends in it. Names are compared exactly, after ".so".
+ *  the configuration folder. A module loaded by its full path is found by the same path; one loaded
+ *  by a bare name is found by any path that ends in it. Names are compared exactly, after ".so".
  *  Last error: unchanged. Lock: yes. */
 WEXELXI_API MODChainEntry *MODChain_findByName(const char *name);
 

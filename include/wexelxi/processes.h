@@ -39,24 +39,26 @@ WEXELXI_API uint32_t WinExec(const char *command, uint32_t show);
  *  descriptors that the host itself leaves inheritable; SIGINT, SIGQUIT and SIGHUP have their
  *  default effect on it. While the shell runs, SIGINT and SIGQUIT are ignored by the host. Any
  *  other child of the host that ends meanwhile is reaped, and its status is lost.
- *  @param command  text for the shell, of any length.
+ *  @param command  text for the shell, of any length; what no argument can hold (131,071 bytes) is
+ *                  not run and gives 2.
  *  @param show     not looked at.
  *  @param flags    WINEXEC_WAIT waits for the command, else "&" is put behind it and the call
- * returns at once. WINEXEC_WAIT with WINEXEC_CAPTURE puts " > " and a file in the configuration
- * folder behind it.
+ *                  returns at once. WINEXEC_WAIT with WINEXEC_CAPTURE puts " > " and a new file in
+ *                  the configuration folder behind it.
  *  @param output   with a capture: receives the caught bytes with a NUL behind them, to be freed
  *                  with GlobalFree, or null if there are none; null leaves the file where it is.
  *                  Without a capture it is not touched.
  *  @return the status of wait(): exit code times 256, or the number of a signal; but 32 for a
  *          command that ended with 0, 2 for exit code 127 (no such command), 11 for status 127, and
- *          0xFFFFFFFF if the wait failed.
- *  Last error: that of the file calls of a capture, else 0. Lock: yes, held until the shell ends.
- */
+ *          0xFFFFFFFF if the platform refuses the wait or nothing could be run.
+ *  Last error: 0; with a capture that of its file: 2 if it is gone or `output` is null, 80 if no
+ *  name is free; 8 if there is no memory or no process. Lock: yes, held until the shell ends. */
 WEXELXI_API uint32_t WinExecEx(const char *command, uint32_t show, uint32_t flags, char **output);
 
 /** Tells whether the name of any running program occurs in a text, such as a program's path. Runs
  *  `ps` with a file in the configuration folder; without a writable folder nothing runs.
- *  @return 1 or 0. Last error: unchanged. Lock: yes, held while `ps` runs. */
+ *  @return 1 or 0. Last error: unchanged; 8 if there is no memory. Lock: yes, held while `ps` runs.
+ */
 WEXELXI_API int32_t testForProgOpen_Unix(const char *text);
 
 /** Tells what the processors are. The machine is asked once; later calls copy the same record.
@@ -66,13 +68,13 @@ WEXELXI_API void GetSystemInfo(SYSTEM_INFO *info);
 /** Copies the machine's host name.
  *  @param destination  receives the name with its NUL.
  *  @param size         in: bytes at destination. Out, on success: the name's length without the
- * NUL.
+ *                     NUL.
  *  @return 1, or 0 if the name does not fit. Last error: unchanged. Lock: yes. */
 WEXELXI_API int32_t GetComputerName(char *destination, uint32_t *size);
 
 /** Copies the name of the user that the process acts for, at most 8 characters.
  *  @param destination  receives the name with its NUL, the empty text if there is no name or it
- * does not fit; at least 1 byte. Null gives FALSE.
+ *                      does not fit; at least 1 byte. Null gives FALSE.
  *  @param size         in: bytes at destination. Out, if the name fits: its length without the NUL.
  *                      Null gives FALSE.
  *  @return TRUE, or FALSE if there is no name or it does not fit.

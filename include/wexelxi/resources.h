@@ -8,9 +8,9 @@
 
 /** \defgroup resources Resources and strings
  *  A module's resource function (WXRESFUNC) is what it exports as `WXresFunc`; the host's is what
- * it gave to InitLib. It takes an opcode and three values, holds the resources in any form it
- * likes, and is always called with the global lock held. The library only passes the calls on: it
- * gives names and types no meaning, so they may be texts or small numbers, as both sides agree.
+ *  it gave to InitLib. It takes an opcode and three values, holds the resources in any form it
+ *  likes, and is always called with the global lock held. The library only passes the calls on: it
+ *  gives names and types no meaning, so they may be texts or small numbers, as both sides agree.
  *  @{ */
 
 #ifdef __cplusplus
@@ -30,8 +30,9 @@ extern "C" {
 /** (0, id, 0): size in bytes, 32 bits. From SizeofResource. */
 #define WXRES_SIZE 5u
 /** (string id, destination, size of the destination): length of the string that the function
- * copied, 32 bits. The function keeps to the size. From LoadString. */
+ *  copied, 32 bits. The function keeps to the size. From LoadString. */
 #define WXRES_LOADSTRING 6u
+/* 7 and 8 are never sent. */
 /** (module handle, 0, 0): ignored. Sent once, before a module's first other opcode; the host's
  *  function never sees it. */
 #define WXRES_ATTACH 9u
@@ -82,7 +83,7 @@ WEXELXI_API BOOL FreeResource(ResourceRecord *record);
 /** Size of a resource, loaded or not.
  *  @param module  not looked at.
  *  @return bytes; 0 for a null record. Last error: 0. Lock: yes, held through the resource
- * function. */
+ *  function. */
 WEXELXI_API uint32_t SizeofResource(HMODULE module, ResourceRecord *record);
 
 /** Copies a string of a module.

@@ -1,5 +1,7 @@
-// A plug-in whose DllMain calls back: it loads and releases itself, and never lets go of the
-// library when it is told to leave.
+// A plug-in whose DllMain calls back: it loads and releases itself in the order that the variable
+// PLUGIN_DOES spells, L and F, when it is told to leave; it never lets go of a library that ends.
+#include <cstdlib>
+
 #include "wexelxi.h"
 
 extern "C" {
@@ -14,9 +16,9 @@ WEXELXI_API BOOL DllMain(HMODULE module, uint32_t reason, intptr_t)
         FreeLibrary(module);
         return TRUE;
     }
-    FreeLibrary(module); // its own last release is under way
-    if (gTerminating)
-        LoadLibrary(name);
+    const char *calls = gTerminating ? "L" : getenv("PLUGIN_DOES");
+    for (; calls && *calls; calls++)
+        *calls == 'L' ? LoadLibrary(name) == module : FreeLibrary(module);
     return TRUE;
 }
 }
