@@ -1,6 +1,6 @@
 // The settings and texts that a start loads from the configuration file, and what it writes there
 // where the file lacks them.
-#include <cstring>
+#include <algorithm>
 #include <iterator>
 
 #include "core/lock.h"
@@ -20,40 +20,39 @@ char *gStrings[std::size(gDefaultStrings)];
 
 namespace {
 
-void StoreString(size_t index, const char *text)
+void StoreString(size_t index, std::string_view text)
 {
-    const auto size = static_cast<int32_t>(strlen(text) + 1);
+    const auto size = static_cast<int32_t>(std::min<size_t>(text.size() + 1, INT32_MAX));
     auto *copy = static_cast<char *>(GlobalAlloc(0, size));
     if (!copy)
-        return;
-    memcpy(copy, text, static_cast<size_t>(size));
+        return; // no memory, or a text that no block holds
+    copy[text.copy(copy, text.size())] = '\0';
     GlobalFree(gStrings[index]); // behind the copy: the text may be the one that it replaces
     gStrings[index] = copy;
 }
 
-// Reads a value into a buffer, cut to fit. What is missing or empty is written, as given.
-template <size_t Size>
-const char *LoadText(IniDraft &draft, const char *section, const char *key, const char *otherwise,
-                     char (&buffer)[Size])
+// A value, cut to fit a buffer of that size with its NUL. What is missing or empty is written.
+std::string_view LoadText(IniDraft &draft, std::string_view section, std::string_view key,
+                          std::string_view whenMissing, size_t room)
 {
     const auto value = draft.Get(section, key);
-    if (!value || value->empty()) {
-        draft.Set(section, key, otherwise);
-        return otherwise;
-    }
-    buffer[value->copy(buffer, Size - 1)] = '\0';
-    return buffer;
+    if (value && !value->empty())
+        return value->substr(0, room - 1);
+    draft.Set(section, key, whenMissing);
+    return whenMissing;
 }
 
 void LoadPreferences(IniDraft &draft)
 {
     LoadSetup(draft);
-    char languageRoom[256];
-    const char *language = LoadText(draft, "Localize", "Language", "English", languageRoom);
+    // The draft's text moves with each write, and the name is needed for all of them.
+    char room[256];
+    const std::string_view loaded = LoadText(draft, "Localize", "Language", "English", sizeof room);
+    const std::string_view language(room, loaded.copy(room, sizeof room));
     for (size_t i = 0; i < std::size(gStrings); i++) {
-        char room[255];
         const NumberedText key(static_cast<int32_t>(i) + 1);
-        const char *text = LoadText(draft, language, key.Text(), gDefaultStrings[i], room);
+        const std::string_view text =
+            LoadText(draft, language, key.View(), gDefaultStrings[i], 255);
         if (!gStrings[i])
             StoreString(i, text);
     }

@@ -6,7 +6,6 @@
 #include "core/lock.h"
 #include "profile/folder.h"
 #include "profile/ini_cache.h"
-#include "wexelxi/text.h"
 
 namespace wexelxi {
 namespace {
@@ -15,14 +14,14 @@ class KeyName {
 public:
     KeyName(const SetupKey &key, uint32_t index)
         : numbered_(static_cast<int32_t>(index) + 1, key.name),
-          text_(key.count > 1 ? numbered_.Text() : key.name)
+          view_(key.count > 1 ? numbered_.View() : key.name)
     {
     }
-    operator std::string_view() const { return text_; }
+    operator std::string_view() const { return view_; }
 
 private:
     NumberedText numbered_;
-    const char *text_;
+    std::string_view view_;
 };
 
 void Store(const SetupKey &key, uint32_t index, unsigned long value)
@@ -35,7 +34,7 @@ void Store(const SetupKey &key, uint32_t index, unsigned long value)
 
 void Write(IniDraft &draft, const SetupKey &key, uint32_t index)
 {
-    draft.Set(kSetupSection, KeyName(key, index), NumberedText(PresentValue(key, index)).Text());
+    draft.Set(kSetupSection, KeyName(key, index), NumberedText(PresentValue(key, index)).View());
 }
 
 void Load(IniDraft &draft, const SetupKey &key, uint32_t index)
@@ -72,12 +71,6 @@ bool IsFirstRun(IniDraft &draft)
 }
 
 } // namespace
-
-NumberedText::NumberedText(int32_t number, const char *name)
-{
-    strcpy(text_, name);
-    itoa(number, text_ + strlen(text_), 10);
-}
 
 void LoadStartSettings()
 {

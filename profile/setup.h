@@ -2,23 +2,24 @@
 // shows a setting takes it from here.
 #pragma once
 
+#include <charconv>
 #include <climits>
 #include <cstdint>
-#include <cstring>
 #include <iterator>
+#include <string_view>
 
 #include "wexelxi/core.h"
 #include "wexelxi/preferences.h"
 
 namespace wexelxi {
 
-constexpr const char *kSetupSection = "Setup";
+constexpr std::string_view kSetupSection = "Setup";
 
 struct SetupKey {
     enum Reader { kStart, kPreferences }; // InitLib before gLoadPref, and gLoadPref
     enum Replacement { kPresent = -1 };
 
-    const char *name;        // with a number from 1 to count behind it if there are several
+    std::string_view name;   // with a number from 1 to count behind it if there are several
     void *value;             // the exported data that it is loaded into
     size_t bytes;            // their width, 1 or 4
     uint32_t count;          // values, side by side
@@ -61,14 +62,20 @@ void LoadStartSettings();
 // Loads the keys that gLoadPref reads, or writes them if there is no version.
 void LoadSetup(IniDraft &draft);
 
-// Texts that are keys or values: a number in decimal, behind a name or alone.
+// A text that is a key or a value: a number in decimal, alone or behind a name.
 class NumberedText {
 public:
-    explicit NumberedText(int32_t number, const char *name = "");
-    const char *Text() const { return text_; }
+    explicit NumberedText(int32_t number, std::string_view name = {})
+        : size_(static_cast<size_t>(
+              std::to_chars(text_ + name.copy(text_, kRoom), std::end(text_), number).ptr - text_))
+    {
+    }
+    std::string_view View() const { return {text_, size_}; }
 
 private:
-    char text_[24];
+    static constexpr size_t kRoom = 12; // and as much for the number
+    char text_[2 * kRoom];
+    size_t size_;
 };
 
 } // namespace wexelxi

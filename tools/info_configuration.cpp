@@ -16,20 +16,16 @@ namespace info {
 
 namespace {
 
-// What stands in the configuration file, or nothing.
-Value InFile(const char *section, const std::string &key)
+// What the file holds for a key of section "Setup", or nothing, beside what is in force.
+Value SettingRow(const std::string &key, Value inForce)
 {
+    const std::string section(wexelxi::kSetupSection);
     char text[256] = "";
-    const uint32_t length = GetProfileString(section, key.c_str(), "", text, sizeof text);
-    return length ? Value(text) : Value();
-}
-
-Value SettingRow(const char *section, const std::string &key, Value inForce)
-{
+    const bool isThere = GetProfileString(section.c_str(), key.c_str(), "", text, sizeof text) != 0;
     return Value::Record{{"section", section},
                          {"key", key},
                          {"inForce", std::move(inForce)},
-                         {"inFile", InFile(section, key)}};
+                         {"inFile", isThere ? Value(text) : Value()}};
 }
 
 std::string ColourText(COLORREF colour)
@@ -132,12 +128,12 @@ Value DescribeSettings(const Session &)
     for (const wexelxi::SetupKey &key : wexelxi::kSetupKeys) {
         for (uint32_t i = 0; i < key.count; i++) {
             const int32_t value = wexelxi::PresentValue(key, i);
+            const std::string name(key.name);
             if (key.value == WinsysColArr)
-                colours.push_back(SettingRow(wexelxi::kSetupSection,
-                                             key.name + std::to_string(i + 1),
+                colours.push_back(SettingRow(name + std::to_string(i + 1),
                                              ColourText(static_cast<COLORREF>(value))));
             else
-                rows.push_back(SettingRow(wexelxi::kSetupSection, key.name, value));
+                rows.push_back(SettingRow(name, value));
         }
     }
     std::move(colours.begin(), colours.end(), std::back_inserter(rows));

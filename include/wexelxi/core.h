@@ -29,9 +29,10 @@ typedef void (*HEADLESSERRORPROC)(const char *message, int32_t severity);
  *                   is the default configuration folder. Copied.
  *  @param resFunc   the host's resource function, serving module handle 1; may be null.
  *  @param noLock    0: the global lock is made. Not 0: no lock; call from one thread at a time.
- *  @return 0; 3 if fontconfig cannot start, and the library is then stopped again; 8 if the
- * platform has no thread-local key left for a first start, and nothing has happened then. Last
- * error: as the last step left it. Lock: no, but its steps take it. */
+ *  @return 0; 3 if fontconfig cannot start, and 8 if memory runs out: the library is then stopped
+ *          again; 8 too if the platform has no thread-local key left for a first start, and nothing
+ *          has happened then.
+ *  Last error: as the last step left it; 8 for no memory. Lock: no, but its steps take it. */
 WEXELXI_API int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock);
 
 /** Stops the library: deletes gGeneralFont, ends fonts, texts, modules and printing, then destroys

@@ -16,8 +16,11 @@
  *  any read of a section and any read of another file drops: until then a change that others made
  *  to the file is not seen.
  *
+ *  Only ordinary files and ports hold a profile; a device takes what is written to it.
+ *
  *  These functions set no last error of their own. A call that touches no file leaves the number
- *  as it was; one that does leaves 0, or the number of the open that failed (CreateFile).
+ *  as it was; one that does leaves 0, the number of the open that failed (CreateFile), or 8 where
+ *  memory ran out.
  *  @{ */
 
 #ifdef __cplusplus
@@ -30,8 +33,8 @@ extern "C" {
 WEXELXI_API void SetWexelXiFolder(const char *folder);
 
 /** Gives the folder of the configuration file.
- *  @param destination  4096 bytes; receives the folder, or the empty text for "/" and as long as
- *                      no folder was set and no profile was used.
+ *  @param destination  4096 bytes; receives the folder, the whole path "/wexelxi.ini" for "/", or
+ *                      the empty text as long as no folder was set and no profile was used.
  *  Last error: unchanged. Lock: yes. */
 WEXELXI_API void GetWexelXiFolder(char *destination);
 
@@ -70,7 +73,8 @@ WEXELXI_API uint32_t GetPrivateProfileString(const char *section, const char *ke
                                              const char *defaultValue, char *destination,
                                              uint32_t size, const char *file);
 
-/** GetPrivateProfileString on the configuration file. Lock: no, but what it calls. */
+/** GetPrivateProfileString on the configuration file. Last error: as it leaves it.
+ *  Lock: no, but what it calls. */
 WEXELXI_API uint32_t GetProfileString(const char *section, const char *key,
                                       const char *defaultValue, char *destination, uint32_t size);
 
@@ -85,23 +89,26 @@ WEXELXI_API uint32_t GetProfileString(const char *section, const char *key,
 WEXELXI_API uint32_t GetPrivateProfileSection(const char *section, char *destination, uint32_t size,
                                               const char *file);
 
-/** GetPrivateProfileSection on the configuration file. Lock: no, but what it calls. */
+/** GetPrivateProfileSection on the configuration file. Last error: as it leaves it.
+ *  Lock: no, but what it calls. */
 WEXELXI_API uint32_t GetProfileSection(const char *section, char *destination, uint32_t size);
 
 /** Writes a value: in place of the old line, or at the end of the last section of that name, or
- *  in a new section at the end of the file. Every other byte of the file stays, and the file is
- *  changed in place from its first changed byte on: it is never emptied.
+ *  in a new section at the end of the file. Every other byte of the file stays. At every moment
+ *  the old text or the new one stands there whole, and other processes' writes of the same file
+ *  wait for each other, at most 200 ms.
  *  @param section  the section's name.
  *  @param key      the key's name.
  *  @param value    the value; null writes nothing.
  *  @param file     the file's name, made if it is missing; null gives 0.
- *  @return TRUE, or FALSE if the file could not be opened for reading and writing.
- *  Last error: 0; the number of the open that failed; 31 if the disk took only part of it.
- *  Lock: yes. */
+ *  @return TRUE, or FALSE if the file could not be opened for reading and writing, or not read.
+ *  Last error: 0; the number of the open that failed; 8 for no memory; 31 if it could not be read,
+ *  or if the disk refused the new text and the old one stands. Lock: yes. */
 WEXELXI_API BOOL WritePrivateProfileString(const char *section, const char *key, const char *value,
                                            const char *file);
 
-/** WritePrivateProfileString on the configuration file. Lock: no, but what it calls. */
+/** WritePrivateProfileString on the configuration file. Last error: as it leaves it.
+ *  Lock: no, but what it calls. */
 WEXELXI_API BOOL WriteProfileString(const char *section, const char *key, const char *value);
 
 /** Frees the cache. FreeLib calls it last, when the lock is gone. Last error: unchanged. Lock: no.
