@@ -1,14 +1,18 @@
-// Document properties, merging between real printers, and the print dialog's data.
+// Document properties, merging of records with printers and without, and the print dialog's data.
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <optional>
 #include <thread>
 
+#include "print/merge.h"
+#include "support/last_error.h"
 #include "support/library.h"
 #include "support/private_cups.h"
 #include "support/record.h"
 #include "wexelxi.h"
+
+using namespace wexelxi;
 
 namespace {
 
@@ -44,48 +48,42 @@ TEST_F(Documents, ModesActAsTold)
     wish->dmCopies = 4;
     const struct {
         int32_t mode;
-        bool in;
-        bool out;
+        bool in, out;
         int32_t result;
         uint32_t error;
         int16_t copies; // of the current record afterwards
     } rows[] = {
-        {0, false, false, static_cast<int32_t>(wish.size()), 0, 1},
-        {DM_COPY, false, true, IDOK, 0, 1},
-        {DM_PROMPT, false, true, IDOK, 0, 1},
-        {DM_UPDATE, false, true, IDCANCEL, 0, 1},
-        {DM_UPDATE | DM_COPY | DM_MODIFY, true, true, IDCANCEL, 0, 1},
-        {DM_MODIFY, false, true, -1, 87, 1},
-        {DM_MODIFY | DM_COPY, true, false, -1, 87, 1},
-        {DM_MODIFY, true, true, IDOK, 0, 4},
-        {DM_MODIFY | DM_COPY, true, true, IDOK, 0, 4},
+        {0, false, false, static_cast<int32_t>(wish.size()), ERROR_SUCCESS, 1},
+        {DM_COPY, false, true, IDOK, ERROR_SUCCESS, 1},
+        {DM_PROMPT, false, true, IDOK, ERROR_SUCCESS, 1},
+        {DM_UPDATE, false, true, IDCANCEL, ERROR_SUCCESS, 1},
+        {DM_UPDATE | DM_COPY | DM_MODIFY, true, true, IDCANCEL, ERROR_SUCCESS, 1},
+        {DM_MODIFY, false, true, -1, ERROR_INVALID_PARAMETER, 1},
+        {DM_MODIFY | DM_COPY, true, false, -1, ERROR_INVALID_PARAMETER, 1},
+        {DM_MODIFY, true, true, IDOK, ERROR_SUCCESS, 4},
+        {DM_MODIFY | DM_COPY, true, true, IDOK, ERROR_SUCCESS, 4},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.mode);
         const TestRecord out(std::string(wish.size(), '\xEE'));
         const std::string untouched = out.bytes();
-        SetLastError(55);
-        EXPECT_EQ(DocumentProperties(nullptr, nullptr, "ODD", row.out ? out.get() : nullptr,
-                                     row.in ? wish.get() : nullptr, row.mode),
-                  row.result);
-        EXPECT_EQ(GetLastError(), row.error);
+        EXPECT_OUTCOME(DocumentProperties(nullptr, nullptr, "ODD", row.out ? out.get() : nullptr,
+                                          row.in ? wish.get() : nullptr, row.mode),
+                       row.result, row.error);
         const TestRecord current = CurrentOf("odd");
         const bool copied = row.result == IDOK && (row.mode & DM_COPY);
         EXPECT_EQ(out.bytes(), copied ? current.bytes() : untouched);
         EXPECT_EQ(current->dmCopies, row.copies);
     }
-    RestoreDefaultDevmode(wish.get());
-    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_LAST_ERROR(RestoreDefaultDevmode(wish.get()), ERROR_SUCCESS);
     EXPECT_EQ(wish.bytes(), defaults);
     EXPECT_EQ(CurrentOf("odd")->dmCopies, 4);
 
-    EXPECT_EQ(DocumentProperties(nullptr, nullptr, "broken", nullptr, nullptr, 0), -1);
-    EXPECT_EQ(GetLastError(), 1801u);
+    EXPECT_OUTCOME(DocumentProperties(nullptr, nullptr, "broken", nullptr, nullptr, 0), -1,
+                   ERROR_INVALID_PRINTER_NAME);
     strcpy(wish->dmDeviceName, "broken");
     const std::string before = wish.bytes();
-    SetLastError(0);
-    RestoreDefaultDevmode(wish.get());
-    EXPECT_EQ(GetLastError(), 1801u);
+    EXPECT_LAST_ERROR(RestoreDefaultDevmode(wish.get()), ERROR_INVALID_PRINTER_NAME);
     EXPECT_EQ(wish.bytes(), before);
 }
 
@@ -99,10 +97,10 @@ TEST_F(Documents, RecordsPassBetweenPrinters)
         int16_t paperAfter;
         int16_t binAfter;
     } rows[] = {
-        {"odd", DMPAPER_TABLOID, 258, 0, DMPAPER_TABLOID, 258},
-        {"odd", DMPAPER_ENV_DL, 999, 0, DMPAPER_A4, 257},            // neither is known
-        {"gone/too", DMPAPER_TABLOID, 256, 0, DMPAPER_TABLOID, 257}, // no "Default Tray" here
-        {"broken", DMPAPER_TABLOID, 258, 13, DMPAPER_TABLOID, 257},  // its bins are not known
+        {"odd", DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258},
+        {"odd", DMPAPER_ENV_DL, 999, ERROR_SUCCESS, DMPAPER_A4, 257},            // neither is known
+        {"gone/too", DMPAPER_TABLOID, 256, ERROR_SUCCESS, DMPAPER_TABLOID, 257}, // "Default Tray"
+        {"broken", DMPAPER_TABLOID, 258, ERROR_INVALID_DATA, DMPAPER_TABLOID, 257}, // not known
     };
     const TestRecord own = CurrentOf("twin");
     own->dmDefaultSource = 257;
@@ -116,8 +114,7 @@ TEST_F(Documents, RecordsPassBetweenPrinters)
         SetDevModeOptionValue(FindDevModeOption(source.get(), "Punch"), "top");
         HGLOBAL from = MakeDevModeHan(source.get());
         HGLOBAL to = MakeDevModeHan(own.get());
-        CopyDevModeSettings(from, to);
-        EXPECT_EQ(GetLastError(), row.error);
+        EXPECT_LAST_ERROR(CopyDevModeSettings(from, to), row.error);
         const auto *result = static_cast<DEVMODE *>(to);
         EXPECT_STREQ(result->dmDeviceName, "twin");
         EXPECT_EQ(result->dmPaperSize, row.paperAfter);
@@ -125,7 +122,7 @@ TEST_F(Documents, RecordsPassBetweenPrinters)
         EXPECT_EQ(result->dmJobSheetEnd, DMJOBSHEET_SECRET);
         EXPECT_EQ(Selected(FindDevModeOption(result, "Punch")), "010");
         CopyDevModeSettings(from, from);
-        CopyDevModeSettings(nullptr, from);
+        EXPECT_LAST_ERROR(CopyDevModeSettings(nullptr, from), kUnchanged);
         EXPECT_EQ(memcmp(from, source.data(), source.size()), 0);
         GlobalFree(from);
         GlobalFree(to);
@@ -160,10 +157,8 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
         HGLOBAL outName = nullptr;
         HGLOBAL outRecord = nullptr;
         char *list = nullptr;
-        SetLastError(55);
-        ASSERT_EQ(GetDevModeAndPrinterNameForPrintDlg(&dialog, &outName, &outRecord, &list),
-                  row.outName != nullptr);
-        EXPECT_EQ(GetLastError(), row.outName ? 0u : 13u);
+        EXPECT_OUTCOME(GetDevModeAndPrinterNameForPrintDlg(&dialog, &outName, &outRecord, &list),
+                       row.outName != nullptr, row.outName ? ERROR_SUCCESS : ERROR_INVALID_DATA);
         EXPECT_STREQ(list, row.outName ? "plain" : nullptr);
         EXPECT_STREQ(static_cast<char *>(outName), row.outName);
         EXPECT_EQ(GlobalSize(outRecord), row.size);
@@ -177,6 +172,165 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
     GlobalFree(record);
 }
 
+TEST(Merge, PassesTheHeadFieldByField)
+{
+    const uint16_t papers[] = {1, 9, 0};
+    const uint16_t bins[] = {256, 257, 258, 259};
+    const char names[][24] = {"Upper", "Lower", "Manual", "Manual too"};
+    const char others[][24] = {"lower", "Manual", "Upper 2", "Upper"};
+    const PrinterOffer from{papers, bins, names};
+    const PrinterOffer to{papers, bins, others};
+    const struct {
+        int16_t paper;
+        int16_t bin;
+        size_t head; // of the source
+        PrinterOffer from;
+        PrinterOffer to;
+        const char *passed; // a letter for each 2 bytes from dmFields on
+        int binAfter;
+    } rows[] = {
+        {9, 256, 516, from, to, "FFopppscb-cd--c", 259},
+        {0, 258, 516, from, to, "FFopppscb-cd--c", 257},
+        {5, 257, 516, from, to, "FFo---sc--cd--c", 0}, // case counts
+        {-9, 999, 600, from, to, "FFo---sc--cd--c", 0},
+        {9, 256, 516, {}, to, "FFopppsc--cd--c", 0},
+        {9, 256, 516, from, {}, "FFo---sc--cd--c", 0},
+        {9, 256, 409, from, to, "FFopppsc-------", 0},
+        {9, 256, 399, from, to, "FFo------------", 0},
+        {9, 256, 20, from, to, "---------------", 0},
+        {9, 256, 0, from, to, "---------------", 0},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.passed);
+        std::string bytes(600, 's');
+        bytes.replace(388, 4, Number(static_cast<int64_t>(row.head), 4));
+        bytes.replace(398, 2, Number(row.paper, 2));
+        bytes.replace(408, 2, Number(row.bin, 2));
+        const TestRecord source(bytes.substr(0, std::max<size_t>(row.head, 392)));
+        const TestRecord target;
+        memset(target.data() + 392, 't', 124);
+        std::string expected = target.bytes();
+        for (size_t i = 0; i < 15; i++)
+            if (row.passed[i] != '-')
+                expected.replace(392 + 2 * i, 2, source.bytes(), 392 + 2 * i, 2);
+        if (row.head >= 516)
+            expected.replace(508, 8, source.bytes(), 508, 8);
+        if (row.binAfter)
+            expected.replace(408, 2, Number(row.binAfter, 2));
+        MergeSettings(source.get(), target.get(), row.from, row.to);
+        EXPECT_EQ(target.bytes(), expected);
+        MergeSettings(target.get(), source.get(), row.to, row.from); // no further than it has
+    }
+}
+
+TEST(Merge, PassesOptionsTheTargetCanExpress)
+{
+    const struct {
+        int16_t kind;
+        const char *values;
+        const char *selected;
+        int16_t targetKind;
+        const char *targetValues;
+        const char *targetSelected;
+        const char *after;
+    } rows[] = {
+        {1, "abc", "c", 1, "CBA", "A", "100"},  // by name without case, not by place
+        {1, "abc", "c", 1, "ab", "b", "01"},    // a value it lacks keeps its own
+        {2, "abc", "ac", 2, "xa", "x", "01"},   // of two it takes the one it has
+        {2, "abc", "ab", 1, "abc", "c", "110"}, // each selected row passes by itself
+        {2, "abc", "", 2, "abc", "ab", "110"},  // nothing selected passes nothing
+        {2, "ab", "a", 2, "aba", "b", "101"},   // of many to many every row of the name
+        {1, "ab", "a", 2, "aba", "b", "100"},   // else the first
+        {2, "ab", "a", 0, "aba", "b", "100"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(std::string(row.selected) + " -> " + row.targetValues);
+        const std::vector<TestValue> own = Values("ab", "b");
+        const TestRecord source(
+            {{"Dropped", "", 1, own}, {"KEY", "Text", row.kind, Values(row.values, row.selected)}},
+            520);
+        const TestRecord target(
+            {{"Kept", "", 1, own},
+             {"Key", "Longer text", row.targetKind, Values(row.targetValues, row.targetSelected)},
+             {"key", "Never reached", row.targetKind, own}});
+        const std::string before = source.bytes();
+        MergeSettings(source.get(), target.get(), {}, {});
+        MergeSettings(source.get(), source.get(), {}, {});
+        EXPECT_EQ(source.bytes(), before);
+        EXPECT_EQ(Selected(FindDevModeOption(target.get(), "kept")), "01");
+        DEVMODEOPTION *option = FindDevModeOption(target.get(), "key");
+        EXPECT_EQ(Selected(option), row.after);
+        EXPECT_EQ(Selected(NextDevModeOption(target.get(), option)), "01");
+    }
+}
+
+TEST(RestoreDefaults, CopiesOrKeepsTheShape)
+{
+    const TestRecord defaults({{"Key", "Text", 1, Values("ab", "b")}}, 516, "Laser");
+    defaults->dmCopies = 3;
+    const TestRecord same({{"Yek", "txeT", 1, Values("cd")}}, 516, "laser and more");
+    RestoreDefaults(defaults.get(), same.get());
+    EXPECT_EQ(same.bytes(), defaults.bytes());
+
+    for (size_t head : {516u, 600u, 407u, 392u}) {
+        const TestRecord other({{"Key", "Text", 1, Values("abc", "a")}}, head, "laser");
+        memset(other.data() + 392, 7, head - 392);
+        std::string expected = other.bytes();
+        const size_t restored = std::min<size_t>(head, 516) - 392;
+        expected.replace(0, 388, defaults.bytes(), 0, 388);
+        expected.replace(392, restored, defaults.bytes(), 392, restored);
+        RestoreDefaults(defaults.get(), other.get());
+        EXPECT_EQ(other.bytes().substr(0, head), expected.substr(0, head));
+        EXPECT_EQ(Selected(FindDevModeOption(other.get(), "key")), "010");
+    }
+}
+
+// Blocks that hold less than their record says, or no record at all, are read no further.
+TEST_F(Documents, HandlesAreReadToTheirEnds)
+{
+    const TestRecord whole = CurrentOf("odd");
+    whole->dmCopies = 7;
+    SetDevModeOptionValue(FindDevModeOption(whole.get(), "Punch"), "top");
+    const struct {
+        size_t bytes;   // of the block
+        int16_t copies; // that pass from it
+        const char *punch;
+        const char *dialogPrinter;
+        size_t dialogBytes;
+    } rows[] = {
+        {whole.size(), 7, "010", "odd", whole.size()},
+        {516, 7, "000", "odd", whole.size()},
+        {407, 1, "000", "odd", whole.size()},
+        {391, 1, "000", "plain", 516},
+        {16, 1, "000", "plain", 516},
+        {0, 1, "000", "plain", 516},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.bytes);
+        PRINTDLG dialog = {};
+        HGLOBAL block = dialog.hDevMode = GlobalAlloc(0, static_cast<int32_t>(row.bytes));
+        memcpy(block, whole.data(), row.bytes);
+        HGLOBAL target = MakeDevModeHan(CurrentOf("twin").get());
+        CopyDevModeSettings(target, block);
+        EXPECT_EQ(memcmp(block, whole.data(), std::min<size_t>(row.bytes, 392)), 0);
+        memcpy(block, whole.data(), row.bytes);
+        EXPECT_LAST_ERROR(CopyDevModeSettings(block, target), ERROR_SUCCESS);
+        const auto *merged = static_cast<DEVMODE *>(target);
+        EXPECT_EQ(merged->dmCopies, row.copies);
+        EXPECT_EQ(Selected(FindDevModeOption(merged, "Punch")), row.punch);
+        HGLOBAL name, record;
+        char *list = nullptr;
+        ASSERT_TRUE(GetDevModeAndPrinterNameForPrintDlg(&dialog, &name, &record, &list));
+        EXPECT_STREQ(static_cast<char *>(name), row.dialogPrinter);
+        EXPECT_EQ(GlobalSize(record), row.dialogBytes);
+        const size_t copied = row.bytes < 392 ? 0 : row.bytes;
+        EXPECT_EQ(memcmp(record, whole.data(), copied), 0);
+        for (HGLOBAL handle : {block, target, name, record})
+            GlobalFree(handle);
+        FreePrinters(list);
+    }
+}
+
 TEST(DocumentsAlone, NoSchedulerMeansNoPrinters)
 {
     setenv("CUPS_SERVER", "/nonexistent/cups.sock", 1);
@@ -185,11 +339,13 @@ TEST(DocumentsAlone, NoSchedulerMeansNoPrinters)
     HGLOBAL name = &dialog;
     char list[] = "untouched";
     char *outList = list;
-    SetLastError(55);
-    EXPECT_EQ(GetDevModeAndPrinterNameForPrintDlg(&dialog, &name, &name, &outList), 0);
-    EXPECT_EQ(GetLastError(), 55u);
+    EXPECT_OUTCOME(GetDevModeAndPrinterNameForPrintDlg(&dialog, &name, &name, &outList), FALSE,
+                   kUnchanged);
     EXPECT_EQ(name, &dialog);
     EXPECT_EQ(outList, list);
+    HDC dc = CreateIC(nullptr, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(dc);
+    DeleteDC(dc);
 }
 
 TEST(DocumentsAlone, ThreadsSeeWholeRecords)
@@ -220,24 +376,18 @@ TEST(DocumentsAlone, ThreadsSeeWholeRecords)
 
 TEST(DocumentsAlone, EmptyCallsClearTheLastError)
 {
-    int called = 0;
-    const auto isEmpty = [&](auto result) {
-        called += !result && GetLastError() == 0;
-        SetLastError(55);
-    };
-    SetLastError(55);
-    isEmpty(DPtoLP(nullptr, nullptr, 1));
-    isEmpty(LPtoDP(nullptr, nullptr, 1));
-    isEmpty(StartDoc(nullptr, nullptr));
-    isEmpty(EndDoc(nullptr));
-    isEmpty(StartPage(nullptr));
-    isEmpty(EndPage(nullptr));
-    isEmpty(Escape(nullptr, 1, 2, nullptr, nullptr));
-    isEmpty(ResetDC(nullptr, nullptr));
-    isEmpty(AdvancedDocumentProperties(nullptr, nullptr, nullptr, nullptr, nullptr));
-    EXPECT_EQ(called, 9);
-    EXPECT_EQ(PrinterProperties(nullptr), IDCANCEL);
-    EXPECT_EQ(GetLastError(), 55u);
+    StartedLibrary library;
+    EXPECT_OUTCOME(DPtoLP(nullptr, nullptr, 1), FALSE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(LPtoDP(nullptr, nullptr, 1), FALSE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(StartDoc(nullptr, nullptr), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(EndDoc(nullptr), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(StartPage(nullptr), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(EndPage(nullptr), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(Escape(nullptr, 1, 2, nullptr, nullptr), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(ResetDC(nullptr, nullptr), nullptr, ERROR_SUCCESS);
+    EXPECT_OUTCOME(AdvancedDocumentProperties(nullptr, nullptr, nullptr, nullptr, nullptr), 0,
+                   ERROR_SUCCESS);
+    EXPECT_OUTCOME(PrinterProperties(nullptr), IDCANCEL, kUnchanged);
 }
 
 } // namespace

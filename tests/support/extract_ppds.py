@@ -3,9 +3,9 @@
 
 usage: extract_ppds.py SAMPLE FOLDER
 
-A line of SAMPLE is the name of an archive in the drivers' folder, or a folder, and the name of a
-PPD in it. The files are called 0.ppd, 1.ppd and so on, in the order of the lines. What is not
-installed is left out.
+A line of SAMPLE has two numbers that the test knows, the name of an archive in the drivers' folder,
+or a folder, and the name of a PPD in it; the folder "." is that of SAMPLE. The files are called
+0.ppd, 1.ppd and so on, in the order of the lines. What is not installed is left out.
 """
 import base64
 import importlib.machinery
@@ -34,10 +34,11 @@ def main():
     sample, folder = sys.argv[1:]
     archives = {}
     with open(sample, encoding="ascii") as lines:
-        rows = [line.split(maxsplit=1) for line in lines if not line.startswith("#")]
+        rows = [line.rstrip("\n").split(maxsplit=3)[2:] for line in lines]
     for number, (source, name) in enumerate(rows):
-        name = name.rstrip("\n")
         target = os.path.join(folder, f"{number}.ppd")
+        if source == ".":
+            source = os.path.dirname(os.path.abspath(sample))
         if source.startswith("/"):
             if os.path.exists(os.path.join(source, name)):
                 shutil.copyfile(os.path.join(source, name), target)

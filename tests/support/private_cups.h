@@ -2,8 +2,8 @@
 // a scratch folder, and this process and its children ask it instead of the machine's.
 #pragma once
 
+#include <cstdio>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 #include "support/scratch.h"
@@ -12,12 +12,12 @@ class PrivateCups {
 public:
     // Starts the scheduler and points the environment at it. Make it before anything asks CUPS.
     PrivateCups();
-    ~PrivateCups();
+    ~PrivateCups() { Stop(); }
     PrivateCups(const PrivateCups &) = delete;
     PrivateCups &operator=(const PrivateCups &) = delete;
 
-    bool running() const { return pid_ > 0; }
-    const std::string &whyNot() const { return whyNot_; }
+    bool running() const { return FileExists(folder.file("ready")); }
+    std::string whyNot() const { return "no scheduler: " + ReadWholeFile(folder.file("why-not")); }
 
     // Each runs the CUPS command of that purpose; false if it fails.
     bool AddPrinter(const std::string &name, const std::string &ppd = {});
@@ -37,13 +37,7 @@ public:
     const ScratchFolder folder;
 
 private:
-    void WriteConfiguration() const;
-    bool AwaitSocket();
-    bool HasEnded();
-    std::string Socket() const { return folder.file("run/cups.sock"); }
-
-    pid_t pid_ = 0;
-    std::string whyNot_;
+    FILE *scheduler_; // it runs until this pipe ends
 };
 
 // Skips the test where no scheduler can be started.
