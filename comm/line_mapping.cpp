@@ -2,22 +2,12 @@
 
 #include <iterator>
 
+#include "comm/baud_rates.h"
 #include "wexelxi/core.h"
 
 namespace wexelxi {
 
 namespace {
-
-struct SpeedRow {
-    uint32_t baudRate;
-    speed_t speed;
-};
-
-constexpr SpeedRow kSpeeds[] = {
-    {110, B110},     {300, B300},     {600, B600},       {1200, B1200},
-    {2400, B2400},   {4800, B4800},   {9600, B9600},     {19200, B19200},
-    {38400, B38400}, {57600, B57600}, {115200, B115200}, {230400, B230400},
-};
 
 constexpr tcflag_t kDataBits[] = {CS5, CS6, CS7, CS8}; // of ByteSize 5 to 8
 constexpr uint8_t kFewestDataBits = 5;
@@ -64,7 +54,7 @@ void ForceRawMode(termios *line)
 
 bool SetSpeed(uint32_t baudRate, termios *line)
 {
-    for (const SpeedRow &row : kSpeeds) {
+    for (const auto &row : kBaudRates) {
         if (row.baudRate == baudRate)
             return cfsetispeed(line, row.speed) == 0 && cfsetospeed(line, row.speed) == 0;
     }
@@ -123,7 +113,7 @@ void SetCharacter(char field, cc_t *character)
 void DcbFromTermios(const termios &line, DCB *settings)
 {
     const speed_t speed = cfgetispeed(&line);
-    for (const SpeedRow &row : kSpeeds) {
+    for (const auto &row : kBaudRates) {
         if (row.speed == speed)
             settings->BaudRate = row.baudRate;
     }

@@ -30,9 +30,6 @@ uint32_t PortNumber(std::string_view name)
 
 PortName ParsePortName(std::string_view name)
 {
-    // All others need no search: a prefix that occurs at all must stand in front.
-    if (name.empty() || (name[0] != 'C' && name[0] != 'L' && name[0] != 'E'))
-        return {false, 0};
     for (const std::string_view prefix : kPrefixes) {
         const size_t place = name.find(prefix);
         if (place == name.npos)

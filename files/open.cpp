@@ -1,4 +1,5 @@
 // CreateFile: a port by its device, everything else by its name through a standard I/O stream.
+#include "comm/port_text.h"
 #include "core/last_error.h"
 #include "core/lock.h"
 #include "files/handle.h"
@@ -53,10 +54,13 @@ HANDLE Open(const char *name, uint32_t access, uint32_t disposition, bool search
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
     char device[255];
-    // Upper-cases the name in place if it is a port's, as hosts know it.
-    const uint32_t portType = GetPortName(const_cast<char *>(name), device, sizeof device);
-    if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY)
-        return INVALID_HANDLE_VALUE;
+    uint32_t portType = PST_UNSPECIFIED;
+    if (StartsLikePort(name)) {
+        // Upper-cases the name in place if it is a port's, as hosts know it.
+        portType = GetPortName(const_cast<char *>(name), device, sizeof device);
+        if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY)
+            return INVALID_HANDLE_VALUE;
+    }
     const char *path = portType ? device : name;
     if (searches && DoesFileExist(path))
         return FailWith(ERROR_FILE_EXISTS, INVALID_HANDLE_VALUE);

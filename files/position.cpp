@@ -15,11 +15,13 @@ namespace {
 // Gives the new position, or -1 with errno.
 off_t MoveTo(FILE *stream, off_t offset, int origin)
 {
-    // Where the end is, the stream finds: it asks for the size of files that cannot seek there.
-    if (origin == SEEK_END)
-        return fseek(stream, offset, origin) == 0 ? ftell(stream) : -1;
+    struct stat status;
     if (fflush(stream) != 0)
         return -1;
+    // As a stream does: some files have a size and cannot be sought from their end.
+    if (origin == SEEK_END && fstat(fileno(stream), &status) == 0 && S_ISREG(status.st_mode) &&
+        !__builtin_add_overflow(offset, status.st_size, &offset))
+        origin = SEEK_SET;
     const off_t place = lseek(fileno(stream), offset, origin);
     if (place >= 0)
         clearerr(stream); // what lies behind the end may have changed, as a seek has it

@@ -3,54 +3,65 @@
 #include "files/wildcard.h"
 
 #include <cctype>
-#include <functional>
+#include <cstring>
 
 namespace wexelxi {
 namespace {
 
-// Characters count as signed, as the platform's table has them.
-bool AreSameFolded(char a, char b)
-{
-    return a == b || toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b));
-}
+struct Exactly {
+    static bool AreSame(char a, char b) { return a == b; }
+    static const char *Find(const char *text, char wanted) { return strchrnul(text, wanted); }
+};
 
-template <typename Same>
-bool Walk(std::string_view pattern, std::string_view name, Same same)
+// Characters count as signed, as the platform's table has them.
+struct Folded {
+    static bool AreSame(char a, char b)
+    {
+        return a == b ||
+               toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b));
+    }
+    static const char *Find(const char *text, char wanted)
+    {
+        while (*text && !AreSame(*text, wanted))
+            text++;
+        return text;
+    }
+};
+
+template <typename Compare>
+bool Walk(std::string_view pattern, const char *n)
 {
-    const char *p = pattern.data(), *patternEnd = p + pattern.size();
-    const char *n = name.data(), *nameEnd = n + name.size();
-    for (; n < nameEnd; n++, p++) {
-        if (p == patternEnd)
+    const char *p = pattern.data();
+    const char *const end = p + pattern.size();
+    for (; *n; n++, p++) {
+        if (p == end)
             return false;
         if (*p == '*') {
-            while (p < patternEnd && *p == '*')
+            while (p < end && *p == '*')
                 p++;
-            if (p == patternEnd)
+            if (p == end)
                 return true;
             // What follows a star is taken literally, a '?' too.
-            while (n < nameEnd && !same(*p, *n))
-                n++;
-            if (n == nameEnd)
+            n = Compare::Find(n, *p);
+            if (!*n)
                 return false;
-        } else if (*p != '?' && !same(*p, *n)) {
+        } else if (*p != '?' && !Compare::AreSame(*p, *n)) {
             return false;
         }
     }
-    return p == patternEnd;
+    return p == end;
 }
 
 } // namespace
 
-bool MatchesWildcard(std::string_view pattern, std::string_view name, bool caseSensitive)
+bool MatchesWildcard(std::string_view pattern, const char *name, bool caseSensitive)
 {
     if (pattern == "*.*")
         return true;
-    return caseSensitive ? Walk(pattern, name, std::equal_to<char>())
-                         : Walk(pattern, name, AreSameFolded);
+    return caseSensitive ? Walk<Exactly>(pattern, name) : Walk<Folded>(pattern, name);
 }
 
-bool MatchesAnyWildcard(std::string_view list, std::string_view name, char separator,
-                        bool caseSensitive)
+bool MatchesAnyWildcard(std::string_view list, const char *name, char separator, bool caseSensitive)
 {
     while (!list.empty()) {
         const std::string_view piece = list.substr(0, list.find(separator));

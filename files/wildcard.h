@@ -8,10 +8,10 @@ namespace wexelxi {
 // '*' stands for any run up to the first character that equals the one behind the star, and for the
 // whole rest where none is behind it; '?' for any one character. There is no backtracking, and a
 // star at the end of the name matches nothing. "*.*" matches every name.
-bool MatchesWildcard(std::string_view pattern, std::string_view name, bool caseSensitive);
+bool MatchesWildcard(std::string_view pattern, const char *name, bool caseSensitive);
 
 // Whether one of the patterns of a list matches; an empty piece of the list matches nothing.
-bool MatchesAnyWildcard(std::string_view list, std::string_view name, char separator,
+bool MatchesAnyWildcard(std::string_view list, const char *name, char separator,
                         bool caseSensitive);
 
 // Whether a pattern is a plain name, which can match nothing but itself.

@@ -2,7 +2,7 @@
 // case loses no match.
 #include <cstdint>
 #include <cstdlib>
-#include <string_view>
+#include <string>
 
 #include "files/wildcard.h"
 
@@ -13,7 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::string_view text(reinterpret_cast<const char *>(data), size);
     const size_t line = text.find('\n');
     const std::string_view list = text.substr(0, line);
-    const std::string_view name = line == text.npos ? "" : text.substr(line + 1);
+    const std::string terminated(line == text.npos ? "" : text.substr(line + 1));
+    const char *name = terminated.c_str();
     bool any = false;
     for (size_t at = 0; at < list.size();) {
         const std::string_view piece = list.substr(at, list.find(';', at) - at);
@@ -26,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (MatchesAnyWildcard(list, name, ';', true) != any)
         abort();
     MatchesAnyWildcard(list, name, ';', false);
-    if (!name.empty() && !MatchesWildcard("*", name, true))
+    if (*name && !MatchesWildcard("*", name, true))
         abort();
     return 0;
 }

@@ -138,7 +138,7 @@ WEXELXI_FIELD(COMMPROP, dwProvSubType, 4);
 /** Tells whether a name is a port, and which device stands behind it: key `name` of section "Ports"
  *  in the profile, else /dev/ttyS0 for COM1 and so on, /dev/lp0 for LPT1, EPT1 and "EPT:".
  *  @param name    the name; upper-cased in place if it is a port. Only upper-case names with a
- * digit from 1 to 9 behind COM, LPT or EPT are.
+ *                 digit from 1 to 9 behind COM, LPT or EPT are.
  *  @param device  receives the device path; cleared and written only if the name is a port.
  *  @param length  bytes at device; a longer path is cut.
  *  @return the port type. 0 if the name is null or no port, if device is null or length below 1, if

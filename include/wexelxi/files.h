@@ -68,8 +68,8 @@ extern "C" {
  *  @param security     not read.
  *  @param disposition  CREATE_NEW creates the file and never opens one that exists; CREATE_ALWAYS
  *                      empties or creates it; OPEN_ALWAYS creates an absent one; all others, among
- * them TRUNCATE_EXISTING, open what is there and cut nothing. A file that is created or emptied
- * without GENERIC_WRITE is write-only.
+ *                      them TRUNCATE_EXISTING, open what is there and cut nothing. A file that is
+ *                      created or emptied without GENERIC_WRITE is write-only.
  *  @param flags        not read.
  *  @param templateFile not read.
  *  @return the handle, or INVALID_HANDLE_VALUE.
@@ -154,7 +154,8 @@ WEXELXI_API BOOL FlushFileBuffers(HANDLE handle);
 WEXELXI_API BOOL LockFile(HANDLE handle, uint32_t offsetLow, uint32_t offsetHigh,
                           uint32_t lengthLow, uint32_t lengthHigh);
 
-/** Gives a range of LockFile back; the same arguments, result and last error. */
+/** Gives a range of LockFile back; the same arguments and result.
+ *  Last error: as LockFile. Lock: no, but its work takes it. */
 WEXELXI_API BOOL UnlockFile(HANDLE handle, uint32_t offsetLow, uint32_t offsetHigh,
                             uint32_t lengthLow, uint32_t lengthHigh);
 

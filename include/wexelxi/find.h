@@ -54,13 +54,13 @@ WEXELXI_FIELD(FILfindData, dir, 8);
 WEXELXI_FIELD(FILfindData, filter, 16);
 
 /** Starts a search and tells its first entry. A name that can be opened as a directory lists it:
- * the names are its entries, "." and ".." among them, while attributes, times and size are all
- * those of the directory. Any other name is searched for in its directory, with the part behind the
- * last '/' as the pattern; names of at most two characters that begin with a dot are then never
- * found.
+ *  the names are its entries, "." and ".." among them, while attributes, times and size are all
+ *  those of the directory. Any other name is searched for in its directory, with the part behind
+ *  the last '/' as the pattern; names of at most two characters that begin with a dot are then
+ *  never found.
  *  @param name  a directory, or a name with or without wildcards (see CheckFilter).
  *  @param data  receives the entry. An entry that cannot be examined, such as a dangling link,
- * keeps what the record held in its times and size.
+ *               keeps what the record held in its times and size.
  *  @return the search, to be ended with FindClose, or INVALID_HANDLE_VALUE.
  *  Last error: 0, or 31 for an entry that cannot be examined (both found); 2; 8 (no memory).
  *  Lock: yes. */

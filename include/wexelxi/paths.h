@@ -33,9 +33,10 @@ WEXELXI_API uint32_t GetFullPathName(const char *path, uint32_t size, char *outp
 
 /** Cuts a path into drive (through the first ':'), directory (through the last '/'), name and
  *  extension (from the last '.' behind that '/'). A ':' behind the last '/' ends no drive, and a
- * '.' in the drive starts no extension. The buffers must have the room; each may be null, and what
- * it would have held then stays in the part behind it. Without name, extension is not written. Last
- * error: unchanged. Lock: yes. */
+ *  dot in the drive starts no extension. The buffers must have the room; each may be null, and
+ *  what it would have held then stays in the part behind it. Without name, extension is not
+ *  written.
+ *  Last error: unchanged. Lock: yes. */
 WEXELXI_API void splitpath(const char *path, char *drive, char *directory, char *name,
                            char *extension);
 
