@@ -2,7 +2,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <optional>
 #include <thread>
 
 #include "print/merge.h"
@@ -34,11 +33,10 @@ protected:
             ASSERT_TRUE(cups.AddPrinter(name, TEST_SOURCES "/ppd/odd.ppd"));
         cups.ReplacePPD("broken", "no PPD at all\n");
         ASSERT_TRUE(cups.AddPrinter("plain") && cups.SetDefault("plain"));
-        library.emplace();
     }
 
+    StartedLibrary library;
     PrivateCups cups;
-    std::optional<StartedLibrary> library;
 };
 
 TEST_F(Documents, ModesActAsTold)
@@ -87,43 +85,52 @@ TEST_F(Documents, ModesActAsTold)
     EXPECT_EQ(wish.bytes(), before);
 }
 
+// Between printers, and from blocks that hold less than their record says, or no record at all.
 TEST_F(Documents, RecordsPassBetweenPrinters)
 {
     const struct {
         const char *source;
-        int16_t paper;
-        int16_t bin;
+        size_t bytes; // of the source's block, of 785
+        int16_t paper, bin;
         uint32_t error;
-        int16_t paperAfter;
-        int16_t binAfter;
+        int16_t paperAfter, binAfter, copiesAfter;
+        const char *punchAfter;
     } rows[] = {
-        {"odd", DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258},
-        {"odd", DMPAPER_ENV_DL, 999, ERROR_SUCCESS, DMPAPER_A4, 257},            // neither is known
-        {"gone/too", DMPAPER_TABLOID, 256, ERROR_SUCCESS, DMPAPER_TABLOID, 257}, // "Default Tray"
-        {"broken", DMPAPER_TABLOID, 258, ERROR_INVALID_DATA, DMPAPER_TABLOID, 257}, // not known
+        {"odd", 785, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258, 7, "010"},
+        {"odd", 785, DMPAPER_ENV_DL, 999, ERROR_SUCCESS, DMPAPER_A4, 257, 7, "010"}, // not known
+        {"gone/too", 785, DMPAPER_TABLOID, 256, ERROR_SUCCESS, DMPAPER_TABLOID, 257, 7, "010"},
+        {"broken", 785, DMPAPER_TABLOID, 258, ERROR_INVALID_DATA, DMPAPER_TABLOID, 257, 7, "010"},
+        {"odd", 784, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258, 7, "010"},
+        {"odd", 516, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258, 7, "000"},
+        {"odd", 407, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 257, 1, "000"},
+        {"odd", 391, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_A4, 257, 1, "000"},
+        {"broken", 0, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_A4, 257, 1, "000"},
     };
     const TestRecord own = CurrentOf("twin");
-    own->dmDefaultSource = 257;
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.source);
+        SCOPED_TRACE(std::string(row.source) + " " + std::to_string(row.bytes));
         const TestRecord source = CurrentOf("odd");
+        ASSERT_EQ(source.size(), 785u);
         strcpy(source->dmDeviceName, row.source);
         source->dmPaperSize = row.paper;
         source->dmDefaultSource = row.bin;
-        source->dmJobSheetEnd = DMJOBSHEET_SECRET;
+        source->dmCopies = 7;
         SetDevModeOptionValue(FindDevModeOption(source.get(), "Punch"), "top");
-        HGLOBAL from = MakeDevModeHan(source.get());
+        HGLOBAL from = GlobalAlloc(0, static_cast<int32_t>(row.bytes));
+        memcpy(from, source.data(), row.bytes);
         HGLOBAL to = MakeDevModeHan(own.get());
         EXPECT_LAST_ERROR(CopyDevModeSettings(from, to), row.error);
         const auto *result = static_cast<DEVMODE *>(to);
         EXPECT_STREQ(result->dmDeviceName, "twin");
         EXPECT_EQ(result->dmPaperSize, row.paperAfter);
         EXPECT_EQ(result->dmDefaultSource, row.binAfter);
-        EXPECT_EQ(result->dmJobSheetEnd, DMJOBSHEET_SECRET);
-        EXPECT_EQ(Selected(FindDevModeOption(result, "Punch")), "010");
+        EXPECT_EQ(result->dmCopies, row.copiesAfter);
+        EXPECT_EQ(Selected(FindDevModeOption(result, "Punch")), row.punchAfter);
         CopyDevModeSettings(from, from);
         EXPECT_LAST_ERROR(CopyDevModeSettings(nullptr, from), kUnchanged);
-        EXPECT_EQ(memcmp(from, source.data(), source.size()), 0);
+        EXPECT_EQ(memcmp(from, source.data(), row.bytes), 0);
+        CopyDevModeSettings(to, from); // no further than it has, which its guard would show
+        EXPECT_EQ(GlobalSize(from), row.bytes);
         GlobalFree(from);
         GlobalFree(to);
     }
@@ -133,27 +140,32 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
 {
     const TestRecord stored = CurrentOf("odd");
     stored->dmCopies = 7;
-    HGLOBAL record = MakeDevModeHan(stored.get());
     const struct {
         const char *name;
-        bool record;
+        size_t bytes;        // of the record's block; 0 for none
         const char *outName; // null: the call fails
         int16_t copies;
         size_t size;
     } rows[] = {
-        {nullptr, false, "plain", 1, 516},        // the default printer
-        {nullptr, true, "odd", 7, stored.size()}, // a copy of the record
-        {"odd", true, "odd", 7, stored.size()},   // the same
-        {"odd", false, "odd", 1, stored.size()},  // the printer's own settings
-        {"twin", true, "twin", 7, stored.size()}, // merged into the printer's
-        {"nobody/x", true, "nobody/x", 7, 516},   // likewise
-        {"broken", false, nullptr, 0, 0},
+        {nullptr, 0, "plain", 1, 516}, // the default printer
+        {nullptr, 785, "odd", 7, 785}, // a copy of the record
+        {"odd", 785, "odd", 7, 785},   // the same
+        {"odd", 0, "odd", 1, 785},     // the printer's own settings
+        {"ODD", 785, "ODD", 7, 785},   // another name
+        {"twin", 785, "twin", 7, 785}, // merged into the printer's
+        {"nobody/x", 785, "nobody/x", 7, 516},
+        {"broken", 0, nullptr, 0, 0},
+        {nullptr, 516, "odd", 7, 785}, // what the block lacks is zero
+        {nullptr, 392, "odd", 0, 785},
+        {nullptr, 391, "plain", 1, 516}, // no record
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(std::string(row.name ? row.name : "-") + (row.record ? " record" : ""));
+        SCOPED_TRACE(std::string(row.name ? row.name : "-") + " " + std::to_string(row.bytes));
         PRINTDLG dialog = {};
         dialog.hDevNames = row.name ? MakePrinterNameHan(row.name) : nullptr;
-        dialog.hDevMode = row.record ? record : nullptr;
+        dialog.hDevMode = row.bytes ? GlobalAlloc(0, static_cast<int32_t>(row.bytes)) : nullptr;
+        if (row.bytes)
+            memcpy(dialog.hDevMode, stored.data(), row.bytes);
         HGLOBAL outName = nullptr;
         HGLOBAL outRecord = nullptr;
         char *list = nullptr;
@@ -164,12 +176,10 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
         EXPECT_EQ(GlobalSize(outRecord), row.size);
         const auto *settings = static_cast<const DEVMODE *>(outRecord);
         EXPECT_EQ(settings ? settings->dmCopies : 0, row.copies);
-        for (HGLOBAL handle : {outName, outRecord, dialog.hDevNames})
+        for (HGLOBAL handle : {outName, outRecord, dialog.hDevNames, dialog.hDevMode})
             GlobalFree(handle);
         FreePrinters(list);
     }
-    EXPECT_EQ(memcmp(record, stored.data(), stored.size()), 0);
-    GlobalFree(record);
 }
 
 TEST(Merge, PassesTheHeadFieldByField)
@@ -282,52 +292,6 @@ TEST(RestoreDefaults, CopiesOrKeepsTheShape)
         RestoreDefaults(defaults.get(), other.get());
         EXPECT_EQ(other.bytes().substr(0, head), expected.substr(0, head));
         EXPECT_EQ(Selected(FindDevModeOption(other.get(), "key")), "010");
-    }
-}
-
-// Blocks that hold less than their record says, or no record at all, are read no further.
-TEST_F(Documents, HandlesAreReadToTheirEnds)
-{
-    const TestRecord whole = CurrentOf("odd");
-    whole->dmCopies = 7;
-    SetDevModeOptionValue(FindDevModeOption(whole.get(), "Punch"), "top");
-    const struct {
-        size_t bytes;   // of the block
-        int16_t copies; // that pass from it
-        const char *punch;
-        const char *dialogPrinter;
-        size_t dialogBytes;
-    } rows[] = {
-        {whole.size(), 7, "010", "odd", whole.size()},
-        {516, 7, "000", "odd", whole.size()},
-        {407, 1, "000", "odd", whole.size()},
-        {391, 1, "000", "plain", 516},
-        {16, 1, "000", "plain", 516},
-        {0, 1, "000", "plain", 516},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.bytes);
-        PRINTDLG dialog = {};
-        HGLOBAL block = dialog.hDevMode = GlobalAlloc(0, static_cast<int32_t>(row.bytes));
-        memcpy(block, whole.data(), row.bytes);
-        HGLOBAL target = MakeDevModeHan(CurrentOf("twin").get());
-        CopyDevModeSettings(target, block);
-        EXPECT_EQ(memcmp(block, whole.data(), std::min<size_t>(row.bytes, 392)), 0);
-        memcpy(block, whole.data(), row.bytes);
-        EXPECT_LAST_ERROR(CopyDevModeSettings(block, target), ERROR_SUCCESS);
-        const auto *merged = static_cast<DEVMODE *>(target);
-        EXPECT_EQ(merged->dmCopies, row.copies);
-        EXPECT_EQ(Selected(FindDevModeOption(merged, "Punch")), row.punch);
-        HGLOBAL name, record;
-        char *list = nullptr;
-        ASSERT_TRUE(GetDevModeAndPrinterNameForPrintDlg(&dialog, &name, &record, &list));
-        EXPECT_STREQ(static_cast<char *>(name), row.dialogPrinter);
-        EXPECT_EQ(GlobalSize(record), row.dialogBytes);
-        const size_t copied = row.bytes < 392 ? 0 : row.bytes;
-        EXPECT_EQ(memcmp(record, whole.data(), copied), 0);
-        for (HGLOBAL handle : {block, target, name, record})
-            GlobalFree(handle);
-        FreePrinters(list);
     }
 }
 
