@@ -1,11 +1,36 @@
 #include "fonts/extent_cache.h"
 
 #include <algorithm>
-#include <functional>
+#include <cstring>
 #include <new>
 #include <utility>
 
 namespace wexelxi {
+
+namespace {
+
+// Eight bytes a step; the last step takes bytes again where the length is no multiple.
+uint32_t HashOf(std::string_view text)
+{
+    constexpr size_t kStep = sizeof(uint64_t);
+    uint64_t hash = text.size();
+    const auto mix = [&hash](const char *bytes, size_t count) {
+        uint64_t word = 0;
+        memcpy(&word, bytes, count);
+        hash = (hash ^ word) * 0x9E3779B97F4A7C15u;
+        hash ^= hash >> 32;
+    };
+    if (text.size() < kStep) {
+        mix(text.data(), text.size());
+    } else {
+        for (size_t i = 0; i + kStep < text.size(); i += kStep)
+            mix(text.data() + i, kStep);
+        mix(text.data() + text.size() - kStep, kStep);
+    }
+    return static_cast<uint32_t>(hash);
+}
+
+} // namespace
 
 // The slot that holds the text, or the free one where it belongs.
 size_t ExtentCache::Generation::Place(const Key &key) const
@@ -72,8 +97,7 @@ void ExtentCache::Generation::Clear()
 
 ExtentCache::Key ExtentCache::KeyOf(uint32_t face, std::string_view text)
 {
-    const size_t hash = std::hash<std::string_view>()(text);
-    return {static_cast<uint32_t>(hash) ^ (face * 0x9E3779B1u), face, text};
+    return {HashOf(text) ^ (face * 0x9E3779B1u), face, text};
 }
 
 std::optional<int32_t> ExtentCache::Find(uint32_t face, std::string_view text) noexcept

@@ -46,10 +46,11 @@ bool StillLists(FcConfig *config)
     return true;
 }
 
-FontMapPtr NewFontMap(int32_t dpi, FcConfig *config)
+// Pango holds to the configuration that is current when a map gets its resolution. One that it is
+// given by name it never gives back.
+FontMapPtr NewFontMap(int32_t dpi)
 {
     FontMapPtr map(pango_ft2_font_map_new());
-    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(map.get()), config);
     pango_ft2_font_map_set_resolution(PANGO_FT2_FONT_MAP(map.get()), dpi, dpi);
     return map;
 }
@@ -100,7 +101,7 @@ PangoFontMap *FontMapFor(int32_t dpi, FcConfig *config)
     const auto *known = std::ranges::find(kMapDpis, dpi);
     FontMapPtr &map = gFontMaps->maps[known - kMapDpis];
     if (!map)
-        map = NewFontMap(known == std::end(kMapDpis) ? gFontMaps->screenDpi : dpi, config);
+        map = NewFontMap(known == std::end(kMapDpis) ? gFontMaps->screenDpi : dpi);
     return map.get();
 }
 

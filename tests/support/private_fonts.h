@@ -3,23 +3,22 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
 #include "support/scratch.h"
+#include "wexelxi/fonts.h"
 
 class PrivateFonts {
 public:
     PrivateFonts()
     {
-        std::filesystem::create_directory(folder_.file("fonts"));
-        WriteWholeFile(
-            folder_.file("fonts.conf"),
-            "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM 'urn:fontconfig:fonts.dtd'>"
-            "<fontconfig><dir>" +
-                folder_.file("fonts") + "</dir><cachedir>" + folder_.file("cache") +
-                "</cachedir></fontconfig>");
+        std::filesystem::create_directory(Path(""));
+        WriteWholeFile(folder_.file("fonts.conf"),
+                       "<?xml version=\"1.0\"?><fontconfig><dir>" + Path("") + "</dir><cachedir>" +
+                           folder_.file("cache") + "</cachedir></fontconfig>");
         setenv("FONTCONFIG_FILE", folder_.file("fonts.conf").c_str(), 1);
     }
 
@@ -37,13 +36,29 @@ public:
     static std::string InstalledPath(const std::string &font)
     {
         const std::string ending = std::filesystem::path(font).extension();
-        return std::string("/usr/share/fonts/") +
-               (ending == ".ttf"   ? "truetype/dejavu/"
-                : ending == ".otf" ? "opentype/urw-base35/"
-                                   : "type1/urw-base35/") +
-               font;
+        return "/usr/share/fonts/" +
+               std::string(ending == ".ttf" ? "truetype/dejavu/" : "opentype/urw-base35/") + font;
     }
 
 private:
     ScratchFolder folder_;
 };
+
+inline LOGFONT Asked(const char *family, int32_t height = 10, int32_t weight = 400,
+                     uint8_t italic = 0, HDC hdc = nullptr)
+{
+    LOGFONT logfont = {hdc, height, 0, 0, 0, weight, italic, 0, 0, 0, 0, 0, 0, 0, {}};
+    memcpy(logfont.lfFaceName, family, strnlen(family, LF_FACESIZE));
+    return logfont;
+}
+
+// The width of a text as GetTextExtentPoint32 tells it, -1 where it tells none.
+inline int32_t WidthBy(HFONT font, const char *text, int32_t count = -1)
+{
+    const HDC hdc = CreateCompatibleDC(nullptr);
+    SelectObject(hdc, font);
+    SIZE size = {-1, -1};
+    EXPECT_EQ(GetTextExtentPoint32(hdc, text, count, &size), TRUE);
+    DeleteDC(hdc);
+    return size.cx;
+}
