@@ -2,7 +2,8 @@
  *
  * A plug-in is an ordinary shared object. Both of its exports are optional: DllMain hears of the
  * first load and the last release, and WXresFunc serves its resources in whatever form it keeps
- * them. The library calls both with its lock held, so they may call the library on this thread. */
+ * them. The library calls both with its lock held, so they may call the library on this thread. In
+ * C++ both are extern "C". */
 #include "report.h"
 
 #include <string.h>
@@ -79,9 +80,10 @@ WEXELXI_API intptr_t WXresFunc(uint32_t opcode, intptr_t first, intptr_t second,
     }
 }
 
-WEXELXI_API void DllMain(HMODULE module, uint32_t reason, intptr_t scale)
+WEXELXI_API BOOL DllMain(HMODULE module, uint32_t reason, intptr_t scale)
 {
     (void)module;
-    (void)reason; /* 1 on the first load, 0 on the last release */
+    (void)reason; /* DLL_PROCESS_ATTACH at the first load, DLL_PROCESS_DETACH at the last release */
     (void)scale;
+    return TRUE;
 }

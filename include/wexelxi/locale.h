@@ -169,13 +169,13 @@ WEXELXI_API uint32_t SetLocale(const void *selector);
 /** The current language number. Last error: unchanged, but see above. Lock: yes. */
 WEXELXI_API uint32_t GetUserDefaultLCID(void);
 
-/** The same as GetUserDefaultLCID. */
+/** The same as GetUserDefaultLCID. Last error: as there. Lock: yes. */
 WEXELXI_API uint32_t GetUserDefaultLangID(void);
 
-/** The same as GetUserDefaultLCID. */
+/** The same as GetUserDefaultLCID. Last error: as there. Lock: yes. */
 WEXELXI_API uint32_t GetSystemDefaultLCID(void);
 
-/** The same as GetUserDefaultLCID. */
+/** The same as GetUserDefaultLCID. Last error: as there. Lock: yes. */
 WEXELXI_API uint32_t GetSystemDefaultLangID(void);
 
 /** Resolves the two defaults; nothing is validated.
