@@ -43,10 +43,12 @@ WEXELXI_API void FreeLib(void);
 
 /** Takes the global lock, so that several calls are one step. Nests; pair each call with
  *  gLeaveWexelxiCriticalSection on the same thread. Does nothing while the lock is inactive.
- *  Blocks while another thread is inside the library. Last error: unchanged; errno too. */
+ *  Blocks while another thread is inside the library. Last error: unchanged; errno too.
+ *  Lock: yes. */
 WEXELXI_API void gEnterWexelxiCriticalSection(void);
 
-/** Gives back one level of gEnterWexelxiCriticalSection. Last error: unchanged; errno too. */
+/** Gives back one level of gEnterWexelxiCriticalSection. Last error: unchanged; errno too.
+ *  Lock: given back. */
 WEXELXI_API void gLeaveWexelxiCriticalSection(void);
 
 /** Installs the hook for lock faults; null turns reporting off. Survives FreeLib.
@@ -137,10 +139,11 @@ WEXELXI_API extern int32_t gTraceLevel;
 #define ERROR_ENVVAR_NOT_FOUND 203u
 /** @} */
 
-/** The calling thread's last error number, 0 if it has stored none. Lock: no. */
+/** The calling thread's last error number, 0 if it has stored none.
+ *  Last error: unchanged. Lock: no. */
 WEXELXI_API uint32_t GetLastError(void);
 
-/** Stores the calling thread's last error number; the text stays. Lock: no. */
+/** Stores the calling thread's last error number; the text stays. Last error: code. Lock: no. */
 WEXELXI_API void SetLastError(uint32_t code);
 
 /** Stores the number that stands for the current errno; 31 where none does.
