@@ -27,7 +27,7 @@ WEXELXI_API uint32_t GetFilePath(const char *path, uint32_t size, char *output);
 /** As GetFilePath, and finds the file part.
  *  @param filePart  receives the address in output behind the last '/'; not written if the result
  *                   is 0. May be null.
- *  @return and last error as GetFilePath. Lock: yes. */
+ *  @return as GetFilePath. Last error: as GetFilePath. Lock: yes. */
 WEXELXI_API uint32_t GetFullPathName(const char *path, uint32_t size, char *output,
                                      char **filePart);
 
