@@ -25,6 +25,11 @@ install(FILES LICENSE DESTINATION ${runtime_doc} RENAME copyright COMPONENT runt
 set(link ${PROJECT_BINARY_DIR}/libhwexelxi.so)
 file(CREATE_LINK hwexelxi.so ${link} SYMBOLIC)
 install(FILES ${link} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+install(TARGETS wexelxi-trace RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
+install(TARGETS wexelxi-trace-companion LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/wexelxi COMPONENT dev)
+compress(tools/wexelxi-trace.1)
+install(FILES ${PROJECT_BINARY_DIR}/compressed/wexelxi-trace.1.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT dev)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
 install(EXPORT wexelxi NAMESPACE wexelxi:: FILE wexelxiTargets.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/wexelxi COMPONENT dev)

@@ -130,6 +130,6 @@ BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libcups2-dev libfontconfig-dev 
 DEMO_PACKAGES=(fonts-dejavu-core cups-daemon cups-client hp-ppd socat)
 # The peers that the benchmarks measure beside, and what these need.
 BENCH_PACKAGES=(libicu-dev libiniparser-dev fonts-dejavu-core cups-daemon cups-client hp-ppd)
-TEST_PACKAGES=(libgtest-dev socat clang-format clang-tidy procps python3
+TEST_PACKAGES=(libgtest-dev socat clang-format clang-tidy procps python3 python3-pycparser
     cups-daemon cups-client xz-utils hp-ppd openprinting-ppds foomatic-db-compressed-ppds
     fonts-dejavu-core fonts-urw-base35 doxygen abigail-tools dpkg-dev file lintian shellcheck)

@@ -15,7 +15,9 @@ endforeach()
 file(CONFIGURE OUTPUT headers/all_forward.c CONTENT "${all_headers}int all_forward;\n")
 file(CONFIGURE OUTPUT headers/all_reversed.c CONTENT "${all_reversed}int all_reversed;\n")
 file(CONFIGURE OUTPUT headers/whole.c CONTENT "#include \"wexelxi.h\"\nint whole;\n")
+file(CONFIGURE OUTPUT headers/client_page.cpp CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/hosts/client_page.c\"\n")
 list(APPEND header_sources
+  hosts/client_page.c ${CMAKE_CURRENT_BINARY_DIR}/headers/client_page.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/headers/all_forward.c
   ${CMAKE_CURRENT_BINARY_DIR}/headers/all_reversed.c
   ${CMAKE_CURRENT_BINARY_DIR}/headers/whole.c)
@@ -25,6 +27,9 @@ if(NOT WEXELXI_TEST_LABEL)
   target_compile_options(header_checks PRIVATE -Wall -Wextra -Wpedantic -Werror)
   set_target_properties(header_checks PROPERTIES CXX_STANDARD 17)
 
+  add_test(NAME client_page
+    COMMAND ${CMAKE_COMMAND} -DPROJECT=${PROJECT_SOURCE_DIR} -DCC=${CMAKE_C_COMPILER}
+            -DCXX=${CMAKE_CXX_COMPILER} -P ${CMAKE_CURRENT_SOURCE_DIR}/client_page.cmake)
   add_test(NAME exports
     COMMAND ${CMAKE_COMMAND} -DLIST=${WEXELXI_EXPORTS} -DLIBRARY=$<TARGET_FILE:hwexelxi>
             -DNM=${CMAKE_NM} -P ${CMAKE_CURRENT_SOURCE_DIR}/exports.cmake)

@@ -113,24 +113,26 @@ WEXELXI_NONNULL(wsprintf, 1, 2)
  *  @{ */
 /** \cond */
 #define WEXELXI_ANSI(name) WEXELXI_API extern __typeof__(name) name##A __asm__(#name);
+#define WEXELXI_KEPT_ANSI(name) \
+    WEXELXI_API extern __typeof__(name) name##A __asm__(#name) __attribute__((warn_unused_result));
 WEXELXI_ANSI(AdvancedDocumentProperties)
 WEXELXI_ANSI(BuildCommDCB)
 WEXELXI_ANSI(CopyFile)
-WEXELXI_ANSI(CreateDC)
+WEXELXI_KEPT_ANSI(CreateDC)
 WEXELXI_ANSI(CreateDirectory)
-WEXELXI_ANSI(CreateFile)
-WEXELXI_ANSI(CreateFont)
-WEXELXI_ANSI(CreateFontIndirect)
-WEXELXI_ANSI(CreateIC)
-WEXELXI_ANSI(CreateSemaphore)
+WEXELXI_KEPT_ANSI(CreateFile)
+WEXELXI_KEPT_ANSI(CreateFont)
+WEXELXI_KEPT_ANSI(CreateFontIndirect)
+WEXELXI_KEPT_ANSI(CreateIC)
+WEXELXI_KEPT_ANSI(CreateSemaphore)
 WEXELXI_ANSI(DefWindowProc)
 WEXELXI_ANSI(DeleteFile)
 WEXELXI_ANSI(DeviceCapabilities)
 WEXELXI_ANSI(DocumentProperties)
 WEXELXI_ANSI(EnumFonts)
-WEXELXI_ANSI(FindFirstFile)
+WEXELXI_KEPT_ANSI(FindFirstFile)
 WEXELXI_ANSI(FindNextFile)
-WEXELXI_ANSI(FindResource)
+WEXELXI_KEPT_ANSI(FindResource)
 WEXELXI_ANSI(GetComputerName)
 WEXELXI_ANSI(GetCurrentDirectory)
 WEXELXI_ANSI(GetDateFormat)
@@ -155,7 +157,7 @@ WEXELXI_ANSI(GetTimeFormat)
 WEXELXI_ANSI(GetUserName)
 WEXELXI_ANSI(GetVolumeInformation)
 WEXELXI_ANSI(IsCharAlpha)
-WEXELXI_ANSI(LoadLibrary)
+WEXELXI_KEPT_ANSI(LoadLibrary)
 WEXELXI_ANSI(LoadString)
 WEXELXI_ANSI(MoveFile)
 WEXELXI_ANSI(OpenPrinter)
@@ -181,6 +183,7 @@ WEXELXI_ANSI(lstrcpyn)
 WEXELXI_ANSI(lstrlen)
 WEXELXI_ANSI(wsprintf)
 #undef WEXELXI_ANSI
+#undef WEXELXI_KEPT_ANSI
 #undef WEXELXI_NONNULL
 #undef WEXELXI_KEPT
 /** \endcond */
