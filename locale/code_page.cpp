@@ -28,7 +28,22 @@ constexpr std::array<uint16_t, 256> gCodePageToUnicode = {
 };
 // clang-format on
 
-static consteval std::array<uint8_t, 256> LowCodeBytes()
+namespace {
+
+consteval std::array<uint32_t, 256> Utf8Words()
+{
+    std::array<uint32_t, 256> words{};
+    for (size_t i = 0x80; i < words.size(); i++) {
+        const uint32_t code = gCodePageToUnicode[i];
+        const uint32_t last = 0x80 | (code & 0x3F);
+        const uint32_t before = 0x80 | ((code >> 6) & 0x3F);
+        words[i] = code < 0x800 ? 0xC0 | code >> 6 | last << 8
+                                : 0xE0 | code >> 12 | before << 8 | last << 16;
+    }
+    return words;
+}
+
+consteval std::array<uint8_t, 256> LowCodeBytes()
 {
     std::array<uint8_t, 256> bytes;
     bytes.fill(kReplacement);
@@ -41,7 +56,7 @@ static consteval std::array<uint8_t, 256> LowCodeBytes()
 
 // The code points of 256 and above, or their bytes. One too many would not compile.
 template <typename T>
-static consteval std::array<T, gHighCodeCount> HighCodes(bool bytes)
+consteval std::array<T, gHighCodeCount> HighCodes(bool bytes)
 {
     std::array<T, gHighCodeCount> codes{};
     size_t count = 0;
@@ -52,6 +67,9 @@ static consteval std::array<T, gHighCodeCount> HighCodes(bool bytes)
     return codes;
 }
 
+} // namespace
+
+constexpr std::array<uint32_t, 256> gCodePageToUtf8 = Utf8Words();
 constexpr std::array<uint8_t, 256> gLowCodeBytes = LowCodeBytes();
 constexpr std::array<uint16_t, gHighCodeCount> gHighCodePoints = HighCodes<uint16_t>(false);
 constexpr std::array<uint8_t, gHighCodeCount> gHighCodeBytes = HighCodes<uint8_t>(true);

@@ -1,6 +1,7 @@
 // Date and time text: the exported functions around the picture engine.
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "locale/language.h"
 #include "locale/picture.h"
 #include "wexelxi/locale.h"
@@ -9,6 +10,22 @@
 using namespace wexelxi;
 
 namespace {
+
+// FormatLocaleString with the lock held.
+int32_t Format(uintptr_t language, uint32_t flags, const SYSTEMTIME &time, const char *picture,
+               char *out, int32_t size)
+{
+    AssertLockHeld();
+    if (!out || size < 1)
+        return FailWith(ERROR_INSUFFICIENT_BUFFER, 0);
+    return OrNoMemory(0, [&] {
+        const PictureNames names = {language, FindLocaleValue};
+        const PictureResult result = FormatPicture(picture, flags, time, names, out, size);
+        if (!result.fits)
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return result.count;
+    });
+}
 
 // Formats with what the caller gave or left to the language and the clock. The last error is the
 // result.
@@ -23,7 +40,7 @@ int32_t FormatWithDefaults(uintptr_t language, uint32_t flags, const SYSTEMTIME 
     }
     if (!picture)
         picture = FindLocaleValue(language, pictureKey);
-    const int32_t count = FormatLocaleString(language, 0, flags, time, picture, out, size);
+    const int32_t count = Format(language, flags, *time, picture, out, size);
     SetLastError(static_cast<uint32_t>(count));
     return count;
 }
@@ -34,13 +51,7 @@ int32_t FormatLocaleString(uintptr_t language, uintptr_t, uint32_t flags, const 
                            const char *picture, char *out, int32_t size)
 {
     LockScope lock;
-    if (!out || size < 1)
-        return FailWith(ERROR_INSUFFICIENT_BUFFER, 0);
-    const PictureNames names = {language, FindLocaleValue};
-    const PictureResult result = FormatPicture(picture, flags, *time, names, out, size);
-    if (!result.fits)
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-    return result.count;
+    return Format(language, flags, *time, picture, out, size);
 }
 
 int32_t GetDateFormat(uintptr_t language, uint32_t flags, const SYSTEMTIME *time,

@@ -1,6 +1,7 @@
 // The current language and the questions to the language tables.
 #include "locale/language.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "core/last_error.h"
@@ -19,40 +20,60 @@ namespace {
 constexpr uint32_t kEnglishUS = 1033;
 constexpr uintptr_t kKeyBits = 0x3FFFFFFF;
 
+// Keys lie in two short runs; each has a slot, and all others have the first.
+constexpr size_t kSlots = 109;
+
+size_t SlotOfKey(uintptr_t key)
+{
+    if (key <= LOCALE_SISO3166CTRYNAME)
+        return key;
+    if (key - LOCALE_SENGLANGUAGE <= LOCALE_IDEFAULTMACCODEPAGE - LOCALE_SENGLANGUAGE)
+        return key - LOCALE_SENGLANGUAGE + LOCALE_SISO3166CTRYNAME + 1;
+    return 0;
+}
+static_assert(LOCALE_IDEFAULTMACCODEPAGE - LOCALE_SENGLANGUAGE + LOCALE_SISO3166CTRYNAME + 1 <
+              kSlots);
+
+// A table, with its values by slot from the first question to it on. The lock guards those.
 struct LanguageTable {
     uint32_t language;
     const LANGUAGEROW *rows;
+    bool isIndexed = false;
+    const char *values[kSlots] = {};
+
+    const char *Find(size_t slot)
+    {
+        if (!isIndexed) {
+            for (const LANGUAGEROW *row = rows; row->key != 0; row++)
+                values[SlotOfKey(row->key)] = row->value;
+            isIndexed = true;
+        }
+        return values[slot];
+    }
 };
 
-constexpr LanguageTable kTables[] = {
-    {1030, Lang_Danish}, {1031, Lang_German},    {1033, Lang_EngUS},     {1035, Lang_Finnish},
-    {1036, Lang_French}, {1038, Lang_Hungarian}, {1040, Lang_Italian},   {1042, Lang_Korean},
-    {1045, Lang_Polish}, {1046, Lang_Brazil},    {1051, Lang_Slovakian}, {1053, Lang_Swedish},
-    {2057, Lang_EngUK},
+LanguageTable gTables[] = {
+#define LANGUAGE(number, table) {number, table},
+#include "locale/languages.def"
+#undef LANGUAGE
 };
 
-const LANGUAGEROW *FindTable(uint32_t language)
+LanguageTable *FindTable(uint32_t language)
 {
-    for (const LanguageTable &table : kTables) {
+    for (LanguageTable &table : gTables) {
         if (table.language == language)
-            return table.rows;
+            return &table;
     }
     return nullptr;
 }
 
-const LANGUAGEROW *FindTableOfPrimary(uint32_t language)
+// What serves a language: its own table, or that of its primary language, or English.
+LanguageTable &TableOf(uint32_t language)
 {
-    const LANGUAGEROW *rows = FindTable(language);
-    return rows ? rows : FindTable((language & 0x3FF) | 0x400);
-}
-
-const char *FindValue(const LANGUAGEROW *row, uintptr_t key)
-{
-    for (; row->key != 0; row++) {
-        if (row->key == key)
-            return row->value;
-    }
-    return nullptr;
+    LanguageTable *table = FindTable(language);
+    if (!table)
+        table = FindTable((language & 0x3FF) | 0x400);
+    return table ? *table : *FindTable(kEnglishUS);
 }
 
 // The getters read the number once more behind the lock, hence the atomic load.
@@ -85,12 +106,15 @@ bool ChooseByCode(const char *code)
     return false;
 }
 
+// The last error stays as it was: it is not told that nothing is configured.
 bool ChooseConfigured()
 {
+    const uint32_t lastError = GetLastError();
     char code[256] = "";
     GetEnvironmentVariable("WEXELLOCALE", code, sizeof code);
     if (!*code)
         GetProfileString("Localize", "Locale", "", code, sizeof code);
+    SetLastError(lastError);
     return ChooseByCode(*code ? code : "en-us");
 }
 
@@ -122,6 +146,7 @@ uint32_t GetDefaultLanguage()
 
 const char *wexelxi::FindLocaleValue(uintptr_t language, uintptr_t key)
 {
+    AssertLockHeld();
     if (language == LOCALE_USER_DEFAULT || language == LOCALE_SYSTEM_DEFAULT ||
         (key & LOCALE_NOUSEROVERRIDE)) {
         ChooseIfNone();
@@ -129,10 +154,9 @@ const char *wexelxi::FindLocaleValue(uintptr_t language, uintptr_t key)
     }
     if ((language & 0xFF) == 0)
         language = kEnglishUS;
-    key &= kKeyBits;
-    const LANGUAGEROW *rows = FindTableOfPrimary(static_cast<uint32_t>(language));
-    const char *value = rows ? FindValue(rows, key) : nullptr;
-    return value ? value : FindValue(Lang_EngUS, key);
+    const size_t slot = SlotOfKey(key & kKeyBits);
+    const char *value = TableOf(static_cast<uint32_t>(language)).Find(slot);
+    return value ? value : TableOf(kEnglishUS).Find(slot);
 }
 
 uint32_t SetLocale(const void *selector)
@@ -183,7 +207,11 @@ int32_t GetLocaleInfo(uintptr_t language, uintptr_t key, char *buffer, int32_t s
     const char *value = FindLocaleValue(language, key);
     if (!value)
         return FailWith(ERROR_INVALID_PARAMETER, 0);
-    if (size != 0)
-        lstrcpyn(buffer, value, size);
-    return static_cast<int32_t>(strlen(value)) + 1;
+    const size_t length = strlen(value);
+    if (size > 0) {
+        const size_t stored = std::min(length, static_cast<size_t>(size) - 1);
+        memcpy(buffer, value, stored);
+        buffer[stored] = '\0';
+    }
+    return static_cast<int32_t>(length) + 1;
 }

@@ -1,9 +1,12 @@
-// The picture engine. It reads a long picture where it stands and writes the text where it goes.
+// The picture engine.
 #include "locale/picture.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <iterator>
+#include <memory_resource>
+#include <string>
 #include <string_view>
 
 #include "wexelxi/locale.h"
@@ -14,67 +17,40 @@ namespace {
 // Bytes of a name that count.
 constexpr size_t kNameLimit = 39;
 
-// Bytes of the longest picture that is copied first, with its end: such a one may stand where the
-// text goes.
-constexpr size_t kCopiedPictureBytes = 40;
-
-// A picture with up to two pieces of three characters taken out of it. Positions count what is
-// left: the piece that was taken out last is stepped over first.
-class Picture {
-public:
-    explicit Picture(const char *text) : text_(text) {}
-
-    // The character at a position, zero at the end and behind it.
-    char operator[](size_t position) const
-    {
-        if (position >= second_)
-            position += 3;
-        if (position >= first_)
-            position += 3;
-        return position < text_.size() ? text_[position] : '\0';
-    }
-
-    // Takes out the first occurrence, if there is one.
-    void TakeOut(const char *piece)
-    {
-        for (size_t i = 0; (*this)[i]; i++) {
-            if ((*this)[i] == piece[0] && (*this)[i + 1] == piece[1] &&
-                (*this)[i + 2] == piece[2]) {
-                (first_ == kNone ? first_ : second_) = i;
-                return;
-            }
-        }
-    }
-
-private:
-    static constexpr size_t kNone = SIZE_MAX / 2;
-    std::string_view text_;
-    size_t first_ = kNone;
-    size_t second_ = kNone;
-};
-
 // The text as far as it is made. What does not fit is cut, and the text then is complete.
 struct Output {
-    char *text;
-    size_t size;
-    size_t length = 0;
+    char *at;
+    char *last; // where the terminator goes at the latest
     bool fits = true;
+
+    void Append(char c)
+    {
+        fits = at < last;
+        if (fits)
+            *at++ = c;
+    }
 
     void Append(std::string_view item)
     {
-        const size_t room = size - length - 1;
+        const auto room = static_cast<size_t>(last - at);
         fits = item.size() <= room;
         const size_t stored = fits ? item.size() : room;
-        memcpy(text + length, item.data(), stored);
-        length += stored;
+        memcpy(at, item.data(), stored);
+        at += stored;
     }
 
     void AppendNumber(uint32_t number, size_t digits)
     {
-        char item[12] = "0";
-        char *start = item + (digits == 2 && number < 10 ? 1 : 0);
-        const char *end = std::to_chars(start, std::end(item), number).ptr;
-        Append({item, static_cast<size_t>(end - item)});
+        if (number >= 10 || digits == 2) {
+            if (number >= 100) {
+                char item[12];
+                return Append({item, std::to_chars(item, std::end(item), number).ptr});
+            }
+            Append(static_cast<char>('0' + number / 10));
+            if (!fits)
+                return;
+        }
+        Append(static_cast<char>('0' + number % 10));
     }
 
     void AppendName(const PictureNames &names, uint32_t key)
@@ -109,7 +85,7 @@ void AppendYear(Output &out, size_t count, uint32_t year)
     if (count == 4)
         out.AppendNumber(year, 1);
     else if (count == 3)
-        out.Append("yyy");
+        out.Append(std::string_view("yyy"));
     else
         out.AppendNumber(year % 100, count);
 }
@@ -143,7 +119,7 @@ void AppendItem(Output &out, const PictureNames &names, char letter, size_t coun
         AppendYear(out, count, time.wYear);
         break;
     case 'g':
-        out.Append(count == 1 ? "g" : "AD");
+        out.Append(count == 1 ? std::string_view("g") : "AD");
         break;
     case 'h':
         out.AppendNumber((time.wHour + 11u) % 12 + 1, count);
@@ -159,73 +135,93 @@ void AppendItem(Output &out, const PictureNames &names, char letter, size_t coun
         break;
     case 't':
         if (count == 1)
-            out.Append(morning ? "A" : "P");
+            out.Append(morning ? 'A' : 'P');
         else
             out.AppendName(names, morning ? LOCALE_S1159 : LOCALE_S2359);
         break;
     }
 }
 
-// Appends the character of a quote, and tells how many characters of the picture it took.
-size_t AppendQuoted(Output &out, const Picture &picture, size_t position, bool &quoted)
+// Appends what stands at a place of the picture, outside of quotes, and gives the place behind it.
+const char *AppendUnquoted(Output &out, const char *picture, const PictureNames &names,
+                           const SYSTEMTIME &time)
 {
-    const char c = picture[position];
-    if (c == '\'' && picture[position + 1] != '\'') {
-        quoted = false;
-        return 1;
+    const char c = *picture;
+    const size_t longest = LongestItem(c);
+    if (longest == 0) {
+        out.Append(c);
+        return picture + 1;
     }
-    out.Append({&c, 1});
-    return c == '\'' ? 2 : 1;
+    size_t count = 1;
+    while (count < longest && picture[count] == c)
+        count++;
+    AppendItem(out, names, c, count, time);
+    return picture + count;
 }
 
-// The same for an item, a literal character, or the start of a quote.
-size_t AppendUnquoted(Output &out, const Picture &picture, size_t position, bool &quoted,
-                      const PictureNames &names, const SYSTEMTIME &time)
+// Makes the text; true if the picture ends inside a quote.
+bool WalkPicture(const char *picture, Output &out, const PictureNames &names,
+                 const SYSTEMTIME &time)
 {
-    const char c = picture[position];
-    if (const size_t longest = LongestItem(c)) {
-        size_t count = 1;
-        while (count < longest && picture[position + count] == c)
-            count++;
-        AppendItem(out, names, c, count, time);
-        return count;
+    bool quoted = false;
+    while (*picture && out.fits) {
+        if (*picture == '\'' && !(quoted && picture[1] == '\'')) {
+            quoted = !quoted;
+            picture++;
+        } else if (quoted) {
+            out.Append(*picture);
+            picture += *picture == '\'' ? 2 : 1;
+        } else {
+            picture = AppendUnquoted(out, picture, names, time);
+        }
     }
-    if (c == '\'')
-        quoted = true;
-    else
-        out.Append({&c, 1});
-    return 1;
+    return quoted;
+}
+
+bool Overlap(const char *picture, const char *buffer, size_t size)
+{
+    if (picture >= buffer)
+        return picture < buffer + size;
+    const auto ahead = static_cast<size_t>(buffer - picture);
+    return strnlen(picture, ahead) == ahead;
+}
+
+void TakeOut(std::pmr::string &picture, const char *piece)
+{
+    const size_t at = picture.find(piece);
+    if (at != picture.npos)
+        picture.erase(at, strlen(piece));
 }
 
 } // namespace
 
-PictureResult FormatPicture(const char *text, uint32_t flags, const SYSTEMTIME &time,
+PictureResult FormatPicture(const char *picture, uint32_t flags, const SYSTEMTIME &time,
                             const PictureNames &names, char *buffer, int32_t size)
 {
     *buffer = '\0';
-    char copy[kCopiedPictureBytes];
-    if (const size_t length = strnlen(text, sizeof copy); length < sizeof copy)
-        text = static_cast<char *>(memcpy(copy, text, length + 1));
-    Picture picture(text);
-    if (flags & TIME_NOMINUTESORSECONDS)
-        picture.TakeOut(":mm");
-    if (flags & TIME_NOSECONDS)
-        picture.TakeOut(":ss");
-
-    Output out{buffer, static_cast<size_t>(size)};
-    bool quoted = false;
-    for (size_t i = 0; picture[i] && out.fits;) {
-        i += quoted ? AppendQuoted(out, picture, i, quoted)
-                    : AppendUnquoted(out, picture, i, quoted, names, time);
+    // The caller's picture is read where it stands, unless something is taken out of it or the text
+    // goes over it.
+    std::byte room[256];
+    std::pmr::monotonic_buffer_resource resource(room, sizeof room);
+    std::pmr::string copy(&resource);
+    const uint32_t pieces = flags & (TIME_NOMINUTESORSECONDS | TIME_NOSECONDS);
+    if (pieces != 0 || Overlap(picture, buffer, static_cast<size_t>(size))) {
+        copy = picture;
+        if (pieces & TIME_NOMINUTESORSECONDS)
+            TakeOut(copy, ":mm");
+        if (pieces & TIME_NOSECONDS)
+            TakeOut(copy, ":ss");
+        picture = copy.c_str();
     }
-    const size_t last = out.size - 1;
-    out.text[out.length] = '\0';
+    Output out{buffer, buffer + size - 1};
+    const bool quoted = WalkPicture(picture, out, names, time);
+    *out.at = '\0';
     if (!out.fits)
         return {0, false};
     // The count takes in the terminator, and the open quote of a picture that ends inside one.
-    const size_t count = std::min(out.length + (quoted ? 2 : 1), last);
-    memset(out.text + out.length, 0, count + 1 - out.length);
-    return {static_cast<int32_t>(count), true};
+    char *end = std::min(out.at + (quoted ? 2 : 1), out.last);
+    std::fill(out.at, end + 1, '\0');
+    return {static_cast<int32_t>(end - buffer), true};
 }
 
 } // namespace wexelxi

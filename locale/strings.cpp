@@ -1,12 +1,13 @@
 // The lstr family, number text and the OEM pair, on bytes. Each holds the lock for its length.
 #include <algorithm>
-#include <array>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "core/lock.h"
+#include "locale/text_blocks.h"
 #include "wexelxi/text.h"
 
 using namespace wexelxi;
@@ -17,6 +18,25 @@ static uint32_t FoldAscii(char c)
     return byte >= 'A' && byte <= 'Z' ? byte + 0x20u : byte;
 }
 
+// Bytes at the start of both, in whole blocks within the limit, that are the same but for case.
+static size_t EqualBlocks(const char *first, const char *second, size_t limit)
+{
+    constexpr size_t kCached = 4096; // what is measured stays in the cache for the comparison
+    const size_t ahead = std::min({strnlen(first, kCached), strnlen(second, kCached), limit});
+    const auto difference = [&](size_t at) {
+        return DifferenceButForCase(LoadBlock(first + at), LoadBlock(second + at));
+    };
+    constexpr size_t kBlock = sizeof(TextBlock);
+    size_t i = 0;
+    while (ahead - i >= 4 * kBlock &&
+           IsZero(difference(i) | difference(i + kBlock) | difference(i + 2 * kBlock) |
+                  difference(i + 3 * kBlock)))
+        i += 4 * kBlock;
+    while (ahead - i >= kBlock && IsZero(difference(i)))
+        i += kBlock;
+    return i;
+}
+
 char *itoa(int32_t value, char *buffer, int32_t radix)
 {
     LeafLockScope lock;
@@ -25,6 +45,10 @@ char *itoa(int32_t value, char *buffer, int32_t radix)
     if (value < 0 && radix == 10) {
         *digits++ = '-';
         rest = 0u - rest;
+    }
+    if (radix == 10) {
+        *std::to_chars(digits, digits + 10, rest).ptr = '\0';
+        return buffer;
     }
     char *end = digits;
     if (radix >= 2) {
@@ -84,12 +108,15 @@ int32_t lstrcmpi(const char *first, const char *second)
 int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
 {
     LeafLockScope lock;
-    // A count of 0 wraps to no limit.
-    for (uint32_t last = count - 1, i = 0;; i++) {
-        const uint32_t a = FoldAscii(first[i]);
-        const uint32_t b = FoldAscii(second[i]);
-        if (a != b || a == 0 || i == last)
-            return static_cast<int32_t>(a) - static_cast<int32_t>(b);
+    const uint32_t last = count - 1; // a count of 0 wraps to no limit
+    for (size_t i = 0;;) {
+        i += EqualBlocks(first + i, second + i, last - i);
+        for (const size_t next = i + sizeof(TextBlock); i < next; i++) {
+            const uint32_t a = FoldAscii(first[i]);
+            const uint32_t b = FoldAscii(second[i]);
+            if (a != b || a == 0 || i == last)
+                return static_cast<int32_t>(a) - static_cast<int32_t>(b);
+        }
     }
 }
 
@@ -106,9 +133,29 @@ uint32_t lstrlen(const char *string)
     return static_cast<uint32_t>(strlen(string));
 }
 
+// Whether the arithmetic is what the table says, which a host may have written to.
+template <auto Fold>
+static bool IsTableOf(const uint8_t (&table)[256])
+{
+    TextBlock bytes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    TextBlock differences = {};
+    for (size_t i = 0; i < sizeof table; i += sizeof bytes, bytes += 16)
+        differences |= Fold(bytes) ^ LoadBlock(table + i);
+    return IsZero(differences);
+}
+
+template <auto Fold>
 static void Map(char *buffer, size_t count, const uint8_t (&table)[256])
 {
-    for (size_t i = 0; i < count; i++)
+    constexpr size_t kWorthTheLook = 2 * sizeof table;
+    size_t i = 0;
+    if (count >= kWorthTheLook && IsTableOf<Fold>(table)) {
+        for (; count - i >= sizeof(TextBlock); i += sizeof(TextBlock)) {
+            const TextBlock folded = Fold(LoadBlock(buffer + i));
+            memcpy(buffer + i, &folded, sizeof folded);
+        }
+    }
+    for (; i < count; i++)
         buffer[i] = static_cast<char>(table[static_cast<uint8_t>(buffer[i])]);
 }
 
@@ -120,21 +167,21 @@ LPSTR AnsiUpper(LPSTR value)
         const auto upper = static_cast<int8_t>(gUPPERBUFF[number & 0xFF]);
         return reinterpret_cast<LPSTR>(static_cast<intptr_t>(upper));
     }
-    Map(value, strlen(value), gUPPERBUFF);
+    Map<Upper>(value, strlen(value), gUPPERBUFF);
     return value;
 }
 
 uint32_t AnsiUpperBuff(char *buffer, uint32_t count)
 {
     LeafLockScope lock;
-    Map(buffer, count, gUPPERBUFF);
+    Map<Upper>(buffer, count, gUPPERBUFF);
     return count;
 }
 
 uint32_t AnsiLowerBuff(char *buffer, uint32_t count)
 {
     LeafLockScope lock;
-    Map(buffer, count, gLOWERBUFF);
+    Map<Lower>(buffer, count, gLOWERBUFF);
     return count;
 }
 

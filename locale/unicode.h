@@ -90,6 +90,17 @@ inline uint8_t *StoreUtf8(uint32_t codePoint, uint8_t *to)
     return to;
 }
 
+// The bytes of a word of gCodePageToUtf8, which are two or three.
+inline uint8_t *StoreWord(uint32_t word, uint8_t *to)
+{
+    to[0] = static_cast<uint8_t>(word);
+    to[1] = static_cast<uint8_t>(word >> 8);
+    if (word < 0x10000)
+        return to + 2;
+    to[2] = static_cast<uint8_t>(word >> 16);
+    return to + 3;
+}
+
 inline uint16_t *StoreUtf16(uint32_t codePoint, uint16_t *to)
 {
     if (codePoint < kNotBasic) {
@@ -115,6 +126,15 @@ inline size_t UnitsAhead(const uint32_t *text)
     return wcsnlen(reinterpret_cast<const wchar_t *>(text), 1024);
 }
 
+// Whether units can be stored at a place without one of the source's being lost: none of them lies
+// there, or the place is its own.
+template <typename From, typename To>
+bool IsClearOf(const To *to, const From *from, size_t units)
+{
+    const auto behind = reinterpret_cast<uintptr_t>(from) - reinterpret_cast<uintptr_t>(to);
+    return behind == 0 || behind >= units * sizeof(To);
+}
+
 // Copies units below the limit from the start of a text; tells how many.
 template <typename Blocks, uint32_t kLimit, typename From, typename To>
 size_t CopyRun(const From *from, size_t count, To *to)
@@ -122,9 +142,16 @@ size_t CopyRun(const From *from, size_t count, To *to)
     size_t i = 0;
     while (count - i >= kBlockUnits<From> && Blocks::template Convert<kLimit>(from + i, to + i))
         i += kBlockUnits<From>;
-    if constexpr (sizeof(From) == 1 && sizeof(To) == 1) {
-        while (count - i >= sizeof(uint64_t) && CopyAsciiWord(from + i, to + i))
-            i += sizeof(uint64_t);
+    if constexpr (sizeof(From) == 1) {
+        // The word is stored whole, so its place must not hold source that is still to be read, and
+        // the text that follows must fill it: a unit comes from four bytes at the most.
+        constexpr size_t kUnits = sizeof(uint64_t);
+        while (count - i >= 4 * kUnits && IsClearOf(to + i, from + i, kUnits)) {
+            const size_t ascii = CopyAsciiWord(from + i, to + i);
+            i += ascii;
+            if (ascii < kUnits)
+                return i;
+        }
     }
     for (; i < count && from[i] < kLimit; i++)
         to[i] = static_cast<To>(from[i]);
@@ -178,7 +205,9 @@ size_t CodePageToUtf8(const uint8_t *text, uint8_t *destination)
 {
     return ConvertText<Blocks, kNotAscii>(text, destination,
                                           [](const uint8_t *&from, uint8_t *&to) {
-                                              to = StoreUtf8(gCodePageToUnicode[*from++], to);
+                                              do
+                                                  to = StoreWord(gCodePageToUtf8[*from++], to);
+                                              while (*from >= kNotAscii);
                                           });
 }
 

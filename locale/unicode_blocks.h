@@ -5,6 +5,7 @@
 // replaces the narrowing of 32-bit units, for which the portable code takes twice the time.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -43,16 +44,20 @@ bool AreBelow(WordPair ored)
     return ((ored[0] | ored[1]) & (kHighBits * kEachUnit)) == 0;
 }
 
-// One word of bytes, or nothing and false where one is not ASCII: between two letters with accents
-// there is mostly less than a block.
-inline bool CopyAsciiWord(const uint8_t *from, uint8_t *to)
+// Copies eight bytes and tells how many of them, from the first on, are ASCII: those stand.
+template <typename To>
+size_t CopyAsciiWord(const uint8_t *from, To *to)
 {
     uint64_t word;
     memcpy(&word, from, sizeof word);
-    if (word & 0x8080808080808080)
-        return false;
-    memcpy(to, &word, sizeof word);
-    return true;
+    if constexpr (sizeof(To) == 1) {
+        memcpy(to, &word, sizeof word);
+    } else {
+        for (size_t i = 0; i < sizeof word; i++)
+            to[i] = from[i];
+    }
+    const uint64_t high = word & 0x8080808080808080;
+    return high == 0 ? sizeof word : static_cast<size_t>(std::countr_zero(high)) / 8;
 }
 
 struct PortableBlocks {

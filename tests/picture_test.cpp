@@ -4,6 +4,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "locale/picture.h"
 #include "wexelxi/locale.h"
@@ -150,16 +151,22 @@ TEST(Picture, TakesPiecesOutOneAfterTheOther)
     Check(std::string(10000, 'd') + "'", 3, time, 100);
 }
 
-// One that starts where the text goes is read as the empty picture, one further on as it stood.
+// One that starts where the text goes is read as the empty picture; one that lies in it as it
+// stood, and one that reaches into it up to there.
 TEST(Picture, WritesOverItsOwnPicture)
 {
-    char text[40] = "MMMM dddd yyyy";
     const SYSTEMTIME time = {2005, 3, 1, 7, 13, 5, 9, 0};
-    const TwinResult twin = TwinFormat(text + 5, 0, time);
-    EXPECT_EQ(FormatPicture(text + 5, 0, time, {7, NameOf}, text, 40).fits, true);
-    EXPECT_EQ(text, twin.text);
-    EXPECT_EQ(FormatPicture(text, 0, time, {7, NameOf}, text, 40).count, 1);
-    EXPECT_STREQ(text, "");
+    const std::string picture = "dddd yyyy MMMM" + std::string(300, 'd') + "'";
+    for (const int offset : {-300, -5, 1, 5, 900}) {
+        std::vector<char> bytes(4000, '*');
+        char *out = bytes.data() + 1000;
+        strcpy(out + offset, picture.c_str());
+        EXPECT_TRUE(FormatPicture(out + offset, 0, time, {7, NameOf}, out, 2000).fits) << offset;
+        const size_t read = offset < 0 ? static_cast<size_t>(-offset) : picture.size();
+        EXPECT_EQ(out, TwinFormat(picture.substr(0, read), 0, time).text) << offset;
+        strcpy(out, picture.c_str());
+        EXPECT_EQ(FormatPicture(out, 0, time, {7, NameOf}, out, 2000).count, 1);
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Strings and environment variables.
 #include <cstring>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 
 #include "support/last_error.h"
@@ -65,6 +66,66 @@ TEST(Strings, ComparisonsKeepTheirSigns)
     EXPECT_EQ(lstrncmpi("abcX", "ABCY", 4), -1);
     EXPECT_EQ(lstrncmpi("abcX", "ABCY", 0), -1);
     EXPECT_EQ(lstrncmpi("a", "b", 1), -1);
+}
+
+int32_t TwinCompare(const std::string &first, const std::string &second, uint32_t count)
+{
+    const auto fold = [](char c) {
+        return c >= 'A' && c <= 'Z' ? c + 32 : static_cast<int>(static_cast<uint8_t>(c));
+    };
+    for (size_t i = 0;; i++) { // c_str() ends both
+        const int a = fold(first.c_str()[i]);
+        const int b = fold(second.c_str()[i]);
+        if (a != b || a == 0 || i + 1 == count)
+            return a - b;
+    }
+}
+
+// Texts that differ in one place, or only in case, at lengths around every block.
+TEST(Strings, BlocksCompareAsSingleBytesDo)
+{
+    std::minstd_rand random(7);
+    const auto below = [&](size_t limit) { return random() % limit; };
+    constexpr char kBytes[] = "azAZ@[`{ \x7F\x80\xC1\xE1\xFF";
+    for (int round = 0; round < 20000; round++) {
+        std::string first(below(round % 10 ? 140 : 5000), 'm');
+        for (char &c : first)
+            c = kBytes[below(sizeof kBytes - 1)];
+        std::string second = first;
+        for (char &c : second)
+            c = isalpha(c) && below(2) ? static_cast<char>(c ^ 0x20) : c;
+        if (!second.empty() && below(3))
+            second[below(second.size())] ^= static_cast<char>(1 << below(8));
+        second.resize(second.size() - below(2) * below(second.size() + 1));
+        second = second.c_str();
+        const auto count = static_cast<uint32_t>(below(2) * below(150));
+        ASSERT_EQ(lstrncmpi(first.c_str(), second.c_str(), count),
+                  TwinCompare(first, second, count))
+            << first << "\n"
+            << second;
+    }
+}
+
+TEST(Strings, BlocksFollowTheCaseTables)
+{
+    std::string all;
+    for (int i = 0; i < 3000; i++)
+        all += static_cast<char>(i * 7 % 256);
+    for (uint8_t written : {uint8_t{'e'}, uint8_t{0xE9}}) {
+        for (const uint32_t count : {511u, 512u, 3000u}) {
+            std::string upper = all;
+            std::string lower = all;
+            AnsiUpperBuff(upper.data(), count);
+            AnsiLowerBuff(lower.data(), count);
+            for (size_t i = 0; i < all.size(); i++) {
+                const auto byte = static_cast<uint8_t>(all[i]);
+                ASSERT_EQ(static_cast<uint8_t>(upper[i]), i < count ? gUPPERBUFF[byte] : byte) << i;
+                ASSERT_EQ(static_cast<uint8_t>(lower[i]), i < count ? gLOWERBUFF[byte] : byte) << i;
+            }
+        }
+        gUPPERBUFF[written] = '*'; // a host's own idea of case
+        gLOWERBUFF[written] = '*';
+    }
 }
 
 TEST(Strings, BoundedCopies)
