@@ -93,7 +93,8 @@ TEST(Strings, BlocksCompareAsSingleBytesDo)
             c = kBytes[below(sizeof kBytes - 1)];
         std::string second = first;
         for (char &c : second)
-            c = isalpha(c) && below(2) ? static_cast<char>(c ^ 0x20) : c;
+            c = (c | 0x20) >= 'a' && (c | 0x20) <= 'z' && below(2) ? static_cast<char>(c ^ 0x20)
+                                                                   : c;
         if (!second.empty() && below(3))
             second[below(second.size())] ^= static_cast<char>(1 << below(8));
         second.resize(second.size() - below(2) * below(second.size() + 1));
