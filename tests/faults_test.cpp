@@ -1,6 +1,7 @@
 // Every family of exports, with each of the platform's calls refused in turn.
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 #include <stdlib.h>
@@ -96,6 +97,15 @@ void MakePort()
     open(gPort, O_RDWR | O_NOCTTY | O_CLOEXEC); // the line stays up between the calls
     WriteProfileString("Ports", "COM1", (std::string(gPort) + ",rs232").c_str());
     WriteProfileString("Ports", "Delay", "-1");
+}
+
+// Stands for the machine's, which takes its time.
+void MakePs()
+{
+    static const ScratchFolder folder;
+    WriteWholeFile(folder.file("ps"), "#!/bin/sh\necho COMMAND\necho sh\n");
+    std::filesystem::permissions(folder.file("ps"), std::filesystem::perms::owner_all);
+    setenv("PATH", folder.path().c_str(), 1);
 }
 
 const Scenario kScenarios[] = {
@@ -216,7 +226,8 @@ const Scenario kScenarios[] = {
          const bool works = WaitForSingleObject(thread, INFINITE) == 0;
          CloseHandle(thread);
          return works;
-     }},
+     },
+     [] {}, ERROR_GEN_FAILURE},
     {"use a semaphore",
      [] {
          HANDLE semaphore = CreateSemaphore(nullptr, 1, 1, nullptr);
@@ -225,7 +236,8 @@ const Scenario kScenarios[] = {
          const bool works = WaitForSingleObject(semaphore, INFINITE) == 0;
          CloseHandle(semaphore);
          return works;
-     }},
+     },
+     [] {}, ERROR_GEN_FAILURE},
 
     {"load a module",
      [] {
@@ -255,7 +267,7 @@ const Scenario kScenarios[] = {
          return works;
      },
      PutFiles},
-    {"look for a program", [] { return testForProgOpen_Unix("cups ps sh") == 1; }, PutFiles},
+    {"look for a program", [] { return testForProgOpen_Unix("the sh") == 1; }, MakePs},
     {"ask the machine",
      [] {
          SYSTEM_INFO info;
@@ -278,16 +290,9 @@ const Scenario kScenarios[] = {
 // clang-format off
 const std::set<std::string> kPending = {
     "add a section",
-    "choose a language",
-    "list a section",
-    "load the preferences",
     "measure a text",
-    "read a key",
     "replace a key",
-    "run a thread",
-    "set up a line",
     "start anew",
-    "use a semaphore",
 };
 // clang-format on
 

@@ -22,7 +22,7 @@ inline void PrintTo(const Scenario &scenario, std::ostream *out)
 // Runs a scenario with the first, the second, ... call of every family refused, once and from then
 // on, each time in a process of its own, until none is refused any more. Whatever is refused:
 // nothing crashes or hangs, no exception comes out, the lock is free, no descriptor and no search
-// stays open, a refused allocation that fails the call is told as such (8, or the number of the row),
-// the files are as they were or as they should become (those whose names begin
-// with "new" excepted), and the same call then works.
+// stays open, a refused allocation that fails the call is told as such (8, or the number of the
+// row), the files are as they were or as they should become (those whose names begin with "new"
+// excepted), and the same call then works.
 void ExpectSafe(const Scenario &scenario);
