@@ -91,7 +91,7 @@ PrinterName DefaultName(const Destinations &destinations)
         if (destination.is_default)
             return NameOf(destination);
     }
-    return destinations.all().empty() ? PrinterName{} : NameOf(destinations.all().front());
+    return destinations.all().empty() ? PrinterName{"", {}} : NameOf(destinations.all().front());
 }
 
 // A heap block that the host frees with FreePrinters.
