@@ -121,6 +121,8 @@ const LineRow kLines[] = {
     {"-s 10 -e environment", "Texts", 4, R"(value="\\"q\\\\\\t\\xe4 long"\.\.\.\) = 1, )"},
     {"-s 10 -e environment", "Texts", 4,
      R"(destination="\\"q\\\\\\t\\xe4 long"\.\.\., size=64\) = 34, )"},
+    {"-e FindFirstFile", "LeakSearch", 1,
+     R"(name="/", data=\{cFileName="[^"]+", dwFileAttributes=0x10, nFileSizeLow=0\}\) = 0x)"},
     {"-e none", "Texts", 0, ""},
     {"-t -e DeleteFile", "Texts", 1, "^\\d\\d:\\d\\d:\\d\\d\\.\\d{6} \\d+ 0 DeleteFile"},
     {"-r -e DeleteFile", "Texts", 1, "^ +0\\.\\d{6} \\d+ 0 DeleteFile"},

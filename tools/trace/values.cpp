@@ -18,12 +18,17 @@ bool IsSigned(std::string_view base)
 size_t NumberBytes(const Parameter &parameter)
 {
     const std::string_view base = parameter.base();
-    if (!parameter.isPointer() || base == "void" || base == "char")
-        return parameter.type == "char **" ? 8 : 0;
-    if (base.find("64") != base.npos || base == "HGLOBAL" || base == "HPRINTER" ||
-        base == "HPRINTERPPD" || base == "UINT_PTR")
+    if (parameter.type == "char **" || parameter.type == "HGLOBAL *" ||
+        parameter.type == "HPRINTER *" || parameter.type == "HPRINTERPPD *" ||
+        parameter.type == "UINT_PTR *")
         return 8;
-    return base.find("32") != base.npos || base == "COLORREF" ? 4 : 0;
+    if (!parameter.isPointer() ||
+        !(base.starts_with("int") || base.starts_with("uint") || base == "COLORREF"))
+        return 0;
+    return base.find("64") != base.npos   ? 8
+           : base.find("16") != base.npos ? 2
+           : base.find("8") != base.npos  ? 1
+                                          : 4;
 }
 
 void AddNumber(Line &line, std::string_view base, uint64_t value)
