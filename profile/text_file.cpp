@@ -196,9 +196,10 @@ FileChange::Outcome FileChange::TryMake(bool isLate)
 
 bool FileChange::Replace(std::string_view text)
 {
-    const bool replaced = mayReplace_ && status_.st_nlink == 1 &&
+    // Made in any case: what a killed process left goes.
+    const bool replaced = mayReplace_ &&
                           beside_.Make(path_, status_.st_mode & 0777) == FileBeside::kMade &&
-                          beside_.Resemble(descriptor_.get(), status_) &&
+                          status_.st_nlink == 1 && beside_.Resemble(descriptor_.get(), status_) &&
                           beside_.Become(path_, text);
     beside_.Drop();
     return replaced;

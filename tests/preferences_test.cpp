@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
@@ -57,14 +58,6 @@ TEST_F(Preferences, FirstStartWritesTheFileAndTheSecondNothing)
     }
 }
 
-TEST_F(Preferences, TheFileIsDroppedFromTheCacheAsByItsLastWrite)
-{
-    ASSERT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 0);
-    WriteWholeFile(path, "[s]\nk=1\n");
-    EXPECT_EQ(Value("s", "k"), "1");
-    FreeLib();
-}
-
 TEST_F(Preferences, LoadsAndCorrects)
 {
     const std::string text(300, 't');
@@ -73,16 +66,19 @@ TEST_F(Preferences, LoadsAndCorrects)
         "NoFreeLib=2\nTimerRate=1001\nFileCaseMode=257\nUseOverride=1\nXPrinterMargin=none\n"
         "YPrinterMargin=1234567890\n\n\n[Localize]\nLanguage=Deutsch\n\n\n[Deutsch]\n1=Ja\n2=\n3=" +
         text + "\n");
-    EXPECT_EQ(gVersion, 7);
-    EXPECT_EQ(gBellLevel, 12);
-    EXPECT_EQ(GetSysColor(0), 5u);
-    EXPECT_EQ(GetSysColor(1), 0u);
-    EXPECT_EQ(GetSysColor(2), 0x800000u);
-    EXPECT_EQ(GetSysColor(62), 1u);
-    EXPECT_EQ(gFileMode, 1);
-    EXPECT_EQ(gUseOverride, 1);
-    EXPECT_EQ(gPrinterXMargin, 0);
-    EXPECT_EQ(gPrinterYMargin, 12345678);
+    const std::pair<int64_t, int64_t> values[] = {{gVersion, 7},
+                                                  {gBellLevel, 12},
+                                                  {GetSysColor(0), 5},
+                                                  {GetSysColor(1), 0},
+                                                  {GetSysColor(2), 0x800000},
+                                                  {GetSysColor(62), 1},
+                                                  {GetSysColor(63), 0},
+                                                  {gFileMode, 1},
+                                                  {gUseOverride, 1},
+                                                  {gPrinterXMargin, 0},
+                                                  {gPrinterYMargin, 12345678}};
+    for (const auto &[loaded, expected] : values)
+        EXPECT_EQ(loaded, expected);
     EXPECT_EQ(Value("Setup", "NoFreeLib"), "0");
     EXPECT_EQ(Value("Setup", "TimerRate"), "50");
     EXPECT_EQ(Value("Setup", "Color3"), "-");
@@ -98,22 +94,50 @@ TEST_F(Preferences, LoadsAndCorrects)
 TEST_F(Preferences, SwitchAndTimerRate)
 {
     const struct {
-        const char *noFreeBefore, *rateBefore;
+        const char *before;
         int noFree, rate;
-        const char *noFreeAfter, *rateAfter;
-    } rows[] = {{"1", "1000", 1, 1000, "1", "1000"},
-                {"256", "1", 0, 1, "256", "1"},
-                {"3", "4294967297", 0, 1, "0", "1"},
-                {"", "0", 0, 1, "", "1"}};
+        const char *after; // empty: nothing is written
+    } rows[] = {{"NoFreeLib=1\r\nTimerRate=1000\r\n", 1, 1000, ""},
+                {"NoFreeLib=256\r\nTimerRate=1\r\n", 0, 1, ""},
+                {"NoFreeLib=3\r\nTimerRate=4294967297\r\n", 0, 1, "NoFreeLib=0\r\nTimerRate=1\r\n"},
+                {"NoFreeLib=0\r\nTimerRate=1001\r\n", 0, 1, "NoFreeLib=0\r\nTimerRate=1\r\n"},
+                {"NoFreeLib=\r\n", 0, 1, "NoFreeLib=\r\nTimerRate=1\r\n"},
+                {"", 0, 1, "NoFreeLib=0\r\nTimerRate=1\r\n"}};
+    const std::string head = "[Setup]\r\nVersion=4\r\n";
     for (const auto &row : rows) {
-        Start(std::string("[Setup]\r\nVersion=4\r\nNoFreeLib=") + row.noFreeBefore +
-              "\r\nTimerRate=" + row.rateBefore + "\r\n");
-        EXPECT_EQ(gNoFreeLibrary, row.noFree) << row.noFreeBefore;
-        EXPECT_EQ(gTimerRate, row.rate) << row.rateBefore;
-        EXPECT_EQ(Value("Setup", "NoFreeLib"), row.noFreeAfter);
-        EXPECT_EQ(Value("Setup", "TimerRate"), row.rateAfter);
+        Start(head + row.before);
+        EXPECT_EQ(gNoFreeLibrary, row.noFree) << row.before;
+        EXPECT_EQ(gTimerRate, row.rate) << row.before;
+        const std::string expected =
+            head + (*row.after ? row.after : row.before) + "\r\n[Localize]";
+        EXPECT_EQ(ReadWholeFile(path).substr(0, expected.size()), expected);
         FreeLib();
     }
+}
+
+// What the file lacks is written over no change of its own, whatever reads of it fail.
+TEST_F(Preferences, LastErrorsAndTheCacheAreThoseOfTheLastStep)
+{
+    const auto load = [&](const std::string &ini) {
+        TermIni();
+        WriteWholeFile(path, ini);
+        gLoadPref();
+    };
+    Start("");
+    const std::string whole = ReadWholeFile(path);
+    EXPECT_LAST_ERROR(load(whole), ERROR_SUCCESS);
+    WriteWholeFile(path, "");
+    EXPECT_EQ(Value("Setup", "Version"), "4") << "read last, from the cache";
+    EXPECT_LAST_ERROR(load(whole.substr(0, whole.find("135="))), ERROR_SUCCESS);
+    WriteWholeFile(path, "");
+    EXPECT_EQ(Value("Setup", "Version"), "-") << "written last";
+    const std::string noTimer = "[Setup]\r\nVersion=4\r\nNoFreeLib=0\r\n";
+    EXPECT_LAST_ERROR(load(noTimer + whole.substr(whole.find("\r\n[Localize]"))), ERROR_SUCCESS);
+    WriteWholeFile(path, "");
+    EXPECT_EQ(Value("Setup", "Version"), "4") << "written, then read";
+    SetWexelXiFolder(folder.file("none").c_str());
+    EXPECT_LAST_ERROR(gLoadPref(), ERROR_FILE_NOT_FOUND);
+    FreeLib();
 }
 
 TEST_F(Preferences, FolderThatIsMissingLeavesTheBuiltInValues)
