@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "profile/ini_index.h"
 #include "profile/ini_text.h"
 
 using namespace wexelxi;
@@ -42,9 +43,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const std::string_view file(reinterpret_cast<const char *>(data), size);
     const std::string_view text = ParsedPart(file);
+    IniIndex index;
     for (std::string_view section : {"a", "", "b\nb"}) {
         for (std::string_view key : {"k", "", "k\r\nl"}) {
             const IniKeySearch found = SearchIniKey(text, section, key);
+            size_t value = 0;
+            Check(!index.Find(text, section, key, value) || value == found.value);
             Check(found.value == kNoPlace || found.value <= text.size());
             Check(found.position == kNoPlace || found.position <= text.size());
             CheckWrite(file, section, key);

@@ -132,6 +132,9 @@ TEST(Lifecycle, StartsStopsAndStartsAgain)
         EXPECT_STREQ(text, "");
         SetLastErrorString("during");
     }
+    char text[8] = "x";
+    GetLastErrorString(text, sizeof text);
+    EXPECT_STREQ(text, "") << "the stop forgets what the run has told";
     EXPECT_EQ(sLastErrorBeforeInit, 5u);
     EXPECT_EQ(gReady, 0);
     EXPECT_EQ(gTerminating, 1);
