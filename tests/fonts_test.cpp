@@ -24,7 +24,7 @@ using namespace wexelxi;
 namespace {
 
 int gLists = 0;
-bool gFcInitIsRefused = false;
+bool gRefused = false; // FcInit and FcPatternCreate
 
 template <typename Function>
 Function *Next(const char *name)
@@ -43,7 +43,12 @@ extern "C" FcFontSet *FcFontList(FcConfig *config, FcPattern *pattern, FcObjectS
 
 extern "C" FcBool FcInit(void)
 {
-    return gFcInitIsRefused ? FcFalse : Next<decltype(FcInit)>("FcInit")();
+    return gRefused ? FcFalse : Next<decltype(FcInit)>("FcInit")();
+}
+
+extern "C" FcPattern *FcPatternCreate(void)
+{
+    return gRefused ? nullptr : Next<decltype(FcPatternCreate)>("FcPatternCreate")();
 }
 
 namespace {
@@ -143,7 +148,6 @@ TEST(Fonts, AreChosenByFamilyWeightAndSlant)
         {"DejaVu Sans", 400, 0, "x.ttf"},
         {"dejavu sans", 0, 0, "x.ttf"},
         {"DejaVu Sans", 700, 0, "BOLD.TTF"},
-        {"DejaVu Sans", 400, 1, nullptr},
         {"DejaVu Serif", 400, 0, nullptr},
         {"DejaVu Serif", 800, 0, "DejaVuSerif-Bold.ttf"},
         {"URW Bookman", 400, 0, "URWBookman-Light.otf"},
@@ -171,29 +175,29 @@ TEST(Fonts, MeasureAsPangoDoes)
     fonts.Add("DejaVuSansMono-Bold.ttf");
     fonts.Add("NimbusSans-Italic.otf");
     StartedLibrary library;
-    const struct {
-        HDC hdc;
-        int32_t mapDpi, dpi; // of the map and of the device context
-    } contexts[] = {{nullptr, 96, 96},
-                    {nullptr, 96, 254},
-                    {CreateDC(nullptr, nullptr, nullptr, nullptr), 254, 254},
-                    {GetDC(nullptr), 1440, 1440},
-                    {CreateDC25400(nullptr, nullptr, nullptr, nullptr), 25400, 25400},
-                    {(gLOGPIXELSY = 600, CreateCompatibleDC(nullptr)), 96, 600},
-                    {(gLOGPIXELSY = 48, CreateCompatibleDC(nullptr)), 96, 48}};
+    // A device context, its resolution, and that of its font map.
+    const std::tuple<HDC, int32_t, int32_t> contexts[] = {
+        {nullptr, 96, 96},
+        {nullptr, 254, 96},
+        {CreateDC(nullptr, nullptr, nullptr, nullptr), 254, 254},
+        {GetDC(nullptr), 1440, 1440},
+        {CreateDC25400(nullptr, nullptr, nullptr, nullptr), 25400, 25400},
+        {(gLOGPIXELSY = 600, CreateCompatibleDC(nullptr)), 600, 96},
+        {(gLOGPIXELSY = 48, CreateCompatibleDC(nullptr)), 48, 96}};
     const HDC screen = CreateCompatibleDC(nullptr);
     const auto compare = [&](const auto &row, LOGFONT asked, const char *file, uint8_t pitch) {
-        gLOGPIXELSY = row.dpi;
-        asked.lfDC = row.hdc;
+        const auto [own, dpi, mapDpi] = row;
+        gLOGPIXELSY = dpi;
+        asked.lfDC = own;
         const HFONT font = Create(asked);
-        const HDC hdc = row.hdc ? row.hdc : screen;
+        const HDC hdc = own ? own : screen;
         SelectObject(hdc, font);
-        DirectAnswer direct(fonts.Path(file), asked.lfHeight, row.mapDpi);
+        DirectAnswer direct(fonts.Path(file), asked.lfHeight, mapDpi);
         TEXTMETRIC expected = EmptyMetrics();
         expected.tmHeight = direct.ascent + direct.descent;
         expected.tmAscent = direct.ascent;
         expected.tmDescent = direct.descent;
-        expected.tmExternalLeading = row.dpi / 96;
+        expected.tmExternalLeading = dpi / 96;
         expected.tmAveCharWidth = direct.average;
         expected.tmMaxCharWidth = direct.WidthOf("W");
         expected.tmWeight = asked.lfWeight == 700 ? 700 : 0;
@@ -215,11 +219,12 @@ TEST(Fonts, MeasureAsPangoDoes)
     };
     for (const auto &row : contexts) {
         for (const int32_t height : {10, 1, 37, 0, -12}) {
-            SCOPED_TRACE(std::to_string(row.dpi) + " dpi, height " + std::to_string(height));
+            SCOPED_TRACE(std::to_string(std::get<1>(row)) + " dpi, height " +
+                         std::to_string(height));
             compare(row, Asked("DejaVu Sans Mono", height, 700), "DejaVuSansMono-Bold.ttf", 4);
             compare(row, Asked("Nimbus Sans", height, 400, 1), "NimbusSans-Italic.otf", 5);
         }
-        DeleteDC(row.hdc);
+        DeleteDC(std::get<HDC>(row));
     }
     DeleteDC(screen);
 }
@@ -263,20 +268,15 @@ TEST(Fonts, MeasureHostileInput)
         EXPECT_EQ(WidthBy(font, text, count), width) << measured.size();
         EXPECT_EQ(WidthBy(font, text, count), width) << "once more";
     }
-    EXPECT_LAST_ERROR(TextOut(nullptr, 1, 2, "text", 4), ERROR_SUCCESS);
+    EXPECT_OUTCOME(TextOut(nullptr, 1, 2, "text", 4), TRUE, ERROR_SUCCESS);
 }
 
-struct Enumerated {
-    std::map<std::string, std::pair<uint32_t, int>> fonts; // font type, pitches of both records
-    int32_t result = 7;
-    size_t most = SIZE_MAX;
-};
+using Enumerated = std::map<std::string, std::pair<uint32_t, int>>; // type, pitches of both records
 
 int32_t Enumerate(const LOGFONT *logfont, const TEXTMETRIC *metrics, uint32_t type, LPARAM data)
 {
-    auto *seen = reinterpret_cast<Enumerated *>(data);
-    seen->fonts[logfont->lfFaceName] = {type,
-                                        logfont->lfPitchAndFamily * 10 + metrics->tmPitchAndFamily};
+    auto &seen = *reinterpret_cast<Enumerated *>(data);
+    seen[logfont->lfFaceName] = {type, logfont->lfPitchAndFamily * 10 + metrics->tmPitchAndFamily};
     LOGFONT named = Asked(logfont->lfFaceName, 0, 0);
     named.lfPitchAndFamily = logfont->lfPitchAndFamily;
     EXPECT_EQ(memcmp(&named, logfont, sizeof named), 0);
@@ -289,7 +289,7 @@ int32_t Enumerate(const LOGFONT *logfont, const TEXTMETRIC *metrics, uint32_t ty
     std::thread([mutex] { EXPECT_NE(pthread_mutex_trylock(mutex), 0); }).join();
     DeleteObject(CreateFontIndirect(logfont));
     SetLastError(kUnchanged);
-    return seen->fonts.size() >= seen->most ? 0 : seen->result;
+    return seen.erase("the last wanted") ? 0 : 7;
 }
 
 TEST(Fonts, AreEnumeratedAndTheFirstOneStandsIn)
@@ -309,19 +309,24 @@ TEST(Fonts, AreEnumeratedAndTheFirstOneStandsIn)
     EXPECT_EQ(Create(Asked("Unknown")), nullptr);
     EXPECT_OUTCOME(enumerate("DejaVu Sans Mono", one), 7, kUnchanged);
     EXPECT_OUTCOME(enumerate(nullptr, all), 7, kUnchanged);
-    const decltype(all.fonts) expected = {{"DejaVu Sans", {4u, 25}},
-                                          {"DejaVu Sans Mono", {4u, 14}},
-                                          {"DejaVu Serif", {0u, 23}},
-                                          {"Nimbus Mono PS", {0u, 12}},
-                                          {"Nimbus Sans", {0u, 23}}};
-    EXPECT_EQ(all.fonts, expected);
-    few.most = 2;
+    const Enumerated expected = {{"DejaVu Sans", {4u, 25}},
+                                 {"DejaVu Sans Mono", {4u, 14}},
+                                 {"DejaVu Serif", {0u, 23}},
+                                 {"Nimbus Mono PS", {0u, 12}},
+                                 {"Nimbus Sans", {0u, 23}}};
+    EXPECT_EQ(all, expected);
+    few["the last wanted"] = {};
     EXPECT_OUTCOME(enumerate(nullptr, few), 0, kUnchanged);
-    EXPECT_EQ(few.fonts.size(), 2u);
+    EXPECT_EQ(few.size(), 1u);
 
     const FontInfoRecord info = InfoOf(Create(Asked("Unknown", 10, 700)));
     EXPECT_STREQ(info.family, "Unknown");
     EXPECT_EQ(info.filePath, fonts.Path("DejaVuSansMono.ttf"));
+    gRefused = true;
+    const LOGFONT other = Asked("Another");
+    EXPECT_OUTCOME(CreateFontIndirect(&other), nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_OUTCOME(enumerate("DejaVu Sans", none), 0, ERROR_NOT_ENOUGH_MEMORY);
+    gRefused = false;
     TermFonts();
     TermFonts();
     EXPECT_EQ(Create(Asked("DejaVu Sans")), nullptr) << "no map to measure with";
@@ -404,7 +409,7 @@ TEST(Fonts, EndWithTheLibraryAndStartAgain)
     EXPECT_EQ(TakeReports().size(), made.size());
     usleep(100000); // Pango's own thread lags behind
     FcFini();       // ends the process where anything is left
-    gFcInitIsRefused = true;
+    gRefused = true;
     EXPECT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 3);
     EXPECT_EQ(gReady, 0);
     EXPECT_EQ(gTerminating, 1);
