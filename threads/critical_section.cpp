@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <pthread.h>
+#include <utility>
 
 #include "core/lock.h"
 #include "wexelxi/threads.h"
@@ -23,8 +24,10 @@ void InitializeCriticalSection(CRITICAL_SECTION *section)
         pthread_mutexattr_t attributes;
         pthread_mutexattr_init(&attributes);
         pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-        pthread_mutex_init(mutex, &attributes);
+        const bool isRefused = pthread_mutex_init(mutex, &attributes) != 0;
         pthread_mutexattr_destroy(&attributes);
+        if (isRefused)
+            free(std::exchange(mutex, nullptr));
     }
     __atomic_store_n(section, static_cast<void *>(mutex), __ATOMIC_RELEASE);
 }

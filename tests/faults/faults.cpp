@@ -252,9 +252,13 @@ private:
             Complain("a search is still open");
         if (refusal.family != Families) {
             Files now = FilesIn(".");
-            if (refusal.family == Removal) // what cannot be removed stays
+            // What cannot be removed stays, as does a file of which nothing can be known: the next
+            // write of the profile takes it away.
+            const char *staying = refusal.family == Removal ? "" : ".wexelxi-new";
+            if (refusal.family == Removal || refusal.family == Stat)
                 std::erase_if(now, [&](const auto &file) {
-                    return !before_.contains(file.first) && !wanted_.contains(file.first);
+                    return !before_.contains(file.first) && !wanted_.contains(file.first) &&
+                           file.first.ends_with(staying);
                 });
             const std::string difference = FirstDifference(wanted_, now);
             if (!difference.empty() && !FirstDifference(before_, now).empty())
