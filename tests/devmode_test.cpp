@@ -98,6 +98,8 @@ TEST(Damage, EndsTheWalkAtTheFirstBadNode)
         {"keyword without room", second + 6, 2, 0, "Binding12 "},
         {"UI name past the node", second + 8, 2, 32767, "Binding12 "},
         {"value width negative", 516 + 10, 2, -30000, ""},
+        {"value name without room", second + 10, 2, 0, "Binding12 "},
+        {"value text without room", second + 12, 2, 0, "Binding12 "},
         {"a block that is cut", 390, 2, first - 1, ""},
         {"a head of no length", 388, 2, 0, ""},
     };
@@ -117,6 +119,29 @@ TEST(Damage, EndsTheWalkAtTheFirstBadNode)
     EXPECT_EQ(NextDevModeOption(record.get(), option), nullptr);
     const TestRecord other(kOptions);
     EXPECT_EQ(NextDevModeOption(record.get(), NextDevModeOption(other.get(), nullptr)), nullptr);
+}
+
+// Of a node that a host hands in itself, no more rows are changed than lie whole inside it.
+TEST(Damage, RowsEndWithTheirNode)
+{
+    const struct {
+        int32_t length; // 57 is right: 29 and two rows of 14
+        int16_t count, width;
+        const char *after;
+    } rows[] = {{57, 2, 7, "00"},  {57, 9, 7, "00"}, {56, 2, 7, "01"}, {28, 2, 7, "11"},
+                {-57, 2, 7, "11"}, {57, 2, 0, "11"}, {57, -1, 7, "11"}};
+    for (const auto &row : rows) {
+        const TestRecord record(
+            {{"Key", "Text", 2, {{"Left", "Going", true}, {"Middle", "Six", true}}}});
+        DEVMODEOPTION *option = NextDevModeOption(record.get(), nullptr);
+        const DEVMODEOPTION sound = *option;
+        option->length = row.length;
+        option->valueCount = row.count;
+        option->valueNameWidth = row.width;
+        DeselectAllOptionValues(option);
+        *option = sound;
+        EXPECT_EQ(Selected(option), row.after) << row.length << " " << row.count;
+    }
 }
 
 TEST(Damage, TextsEndWithTheirFields)

@@ -2,7 +2,10 @@
 #include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
+#include <unistd.h>
 
 #include "support/last_error.h"
 #include "support/library.h"
@@ -259,14 +262,24 @@ TEST_F(Printers, AreAskedAboutOnce)
 
 std::atomic<int> gPipeSignals = 0;
 
-TEST_F(Printers, LeaveSIGPIPEToTheHost)
+// A scheduler that hangs up at once, so that what is sent to it comes to nothing.
+TEST_F(NoScheduler, LeavesSIGPIPEToTheHost)
 {
+    sockaddr_un address = {AF_UNIX, ""};
+    strncpy(address.sun_path, getenv("CUPS_SERVER"), sizeof address.sun_path - 1);
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listener, 8), 0);
+    std::thread scheduler([listener] {
+        for (int caller; (caller = accept(listener, nullptr, nullptr)) >= 0;)
+            close(caller);
+    });
     const auto count = [](int) { gPipeSignals++; };
     ASSERT_EQ(signal(SIGPIPE, count), SIG_DFL);
-    Opened("any");
-    cups.Stop(); // what is sent over the connection that libcups kept comes to nothing
-    Opened("another");
-    Listed();
+    for (int i = 0; i < 20; i++) {
+        EXPECT_EQ(Listed(), "");
+        Opened("any" + std::to_string(i));
+    }
     EXPECT_EQ(gPipeSignals, 0);
     raise(SIGPIPE);
     EXPECT_EQ(gPipeSignals, 1) << "it is neither blocked nor ignored";
@@ -279,6 +292,9 @@ TEST_F(Printers, LeaveSIGPIPEToTheHost)
     Listed();
     sigpending(&pending);
     EXPECT_EQ(sigismember(&pending, SIGPIPE), 1);
+    shutdown(listener, SHUT_RDWR);
+    scheduler.join();
+    close(listener);
 }
 
 TEST_F(Printers, RowsGoIntoRecords)
