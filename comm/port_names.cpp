@@ -50,14 +50,14 @@ private:
     const uint32_t before_ = GetLastError();
 };
 
-enum class Entry { Found, Missing, OutOfMemory };
+enum class PortEntry { Found, Missing, OutOfMemory };
 
-Entry LookUpPort(const char *name, char *device, uint32_t size)
+PortEntry LookUpPort(const char *name, char *device, uint32_t size)
 {
     const LookupScope scope;
     if (GetProfileString("Ports", name, "", device, size) != 0)
-        return Entry::Found;
-    return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? Entry::OutOfMemory : Entry::Missing;
+        return PortEntry::Found;
+    return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? PortEntry::OutOfMemory : PortEntry::Missing;
 }
 
 } // namespace
@@ -75,9 +75,9 @@ uint32_t GetPortName(char *name, char *device, int32_t length)
     memset(device, 0, size);
     UpperCaseName(name);
     switch (LookUpPort(name, device, size)) {
-    case Entry::Found:
+    case PortEntry::Found:
         return GetDeviceType(device);
-    case Entry::OutOfMemory: // another device than the profile's would be a wrong one
+    case PortEntry::OutOfMemory: // another device than the profile's would be a wrong one
         return PST_UNSPECIFIED;
     default:
         lstrcpyn(device, DefaultDevice(port).c_str(), length);
