@@ -33,21 +33,23 @@ TEST(CreateFile, FollowsItsDispositions)
         uint32_t error;
         std::string content; // afterwards, with "x" written
     };
-    const Row rows[] = {{"old", kReadWrite, CREATE_NEW, false, 80, "12345"},
-                        {"folder", kReadWrite, CREATE_NEW, false, 80, ""},
-                        {".a", kReadWrite, CREATE_NEW, false, 80, "12345"}, // no search finds it
-                        {"new", kReadWrite, CREATE_NEW, true, 2, "x"},
-                        {"old", GENERIC_READ, CREATE_ALWAYS, true, 0, "x"},
-                        {"folder", GENERIC_WRITE, CREATE_ALWAYS, false, 123, ""},
-                        {"old", GENERIC_READ, OPEN_EXISTING, true, 0, "12345"},
-                        {"old", GENERIC_WRITE, OPEN_EXISTING, true, 0, "x2345"},
-                        {"new", GENERIC_WRITE, OPEN_EXISTING, false, 2, ""},
-                        {"old/x", GENERIC_WRITE, OPEN_EXISTING, false, 123, ""},
-                        {"old", GENERIC_WRITE, OPEN_ALWAYS, true, 0, "x2345"},
-                        {"new", GENERIC_READ, OPEN_ALWAYS, true, 2, "x"},
-                        {"no/new", GENERIC_WRITE, OPEN_ALWAYS, false, 2, ""},
-                        {"old", GENERIC_WRITE, TRUNCATE_EXISTING, true, 0, "x2345"},
-                        {"b\xE9\xFF", GENERIC_WRITE, CREATE_NEW, true, 2, "x"}};
+    const Row rows[] = {
+        {"old", kReadWrite, CREATE_NEW, false, ERROR_FILE_EXISTS, "12345"},
+        {".a", kReadWrite, CREATE_NEW, false, ERROR_FILE_EXISTS, "12345"}, // no search finds it
+        {"folder", kReadWrite, CREATE_NEW, false, ERROR_FILE_EXISTS, ""},
+        {"new", kReadWrite, CREATE_NEW, true, ERROR_FILE_NOT_FOUND, "x"},
+        {"b\xE9\xFF", GENERIC_READ, CREATE_NEW, true, ERROR_FILE_NOT_FOUND, "x"},
+        {"no/new", kReadWrite, CREATE_NEW, false, ERROR_FILE_NOT_FOUND, ""},
+        {"old", GENERIC_READ, CREATE_ALWAYS, true, ERROR_SUCCESS, "x"},
+        {"folder", GENERIC_WRITE, CREATE_ALWAYS, false, ERROR_INVALID_NAME, ""},
+        {"old", GENERIC_READ, OPEN_EXISTING, true, ERROR_SUCCESS, "12345"},
+        {"old", GENERIC_WRITE, OPEN_EXISTING, true, ERROR_SUCCESS, "x2345"},
+        {"new", GENERIC_WRITE, OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, ""},
+        {"old/x", GENERIC_WRITE, OPEN_EXISTING, false, ERROR_INVALID_NAME, ""},
+        {"old", GENERIC_WRITE, OPEN_ALWAYS, true, ERROR_SUCCESS, "x2345"},
+        {"new", GENERIC_READ, OPEN_ALWAYS, true, ERROR_FILE_NOT_FOUND, "x"},
+        {"no/new", GENERIC_WRITE, OPEN_ALWAYS, false, ERROR_FILE_NOT_FOUND, ""},
+        {"old", GENERIC_WRITE, TRUNCATE_EXISTING, true, ERROR_SUCCESS, "x2345"}};
     for (const Row &row : rows) {
         SCOPED_TRACE(testing::Message() << row.name << " " << row.disposition);
         ScratchFolder folder;
@@ -55,12 +57,13 @@ TEST(CreateFile, FollowsItsDispositions)
         WriteWholeFile(folder.file(".a"), "12345");
         mkdir(folder.file("folder").c_str(), 0777);
         const size_t descriptors = OpenDescriptors();
-        HANDLE handle = Open(folder.file(row.name), row.access, row.disposition);
-        EXPECT_EQ(GetLastError(), row.error);
+        HANDLE handle = nullptr;
+        EXPECT_LAST_ERROR(handle = Open(folder.file(row.name), row.access, row.disposition),
+                          row.error);
         ASSERT_EQ(handle != INVALID_HANDLE_VALUE, row.opens);
         WriteFile(handle, "x", 1, nullptr, nullptr);
-        EXPECT_EQ(CloseHandle(handle), row.opens);
-        EXPECT_EQ(GetLastError(), row.opens ? 0u : 31u);
+        EXPECT_OUTCOME(_lclose(handle), row.opens ? 0 : HFILE_ERROR,
+                       row.opens ? ERROR_SUCCESS : ERROR_GEN_FAILURE);
         EXPECT_EQ(ReadWholeFile(folder.file(row.name)), row.content);
         EXPECT_EQ(OpenDescriptors(), descriptors);
     }
@@ -141,23 +144,21 @@ TEST(FileHandle, RefusesWhatIsNone)
     for (HANDLE handle : {HANDLE{nullptr}, INVALID_HANDLE_VALUE, HANDLE{stranger}}) {
         uint32_t count = 77;
         int64_t wide = 77;
-        const auto refused = [](uint32_t result, uint32_t failure, uint32_t error) {
-            EXPECT_EQ(result, failure);
-            EXPECT_EQ(GetLastError(), error);
-            SetLastError(1234);
-        };
-        refused(CloseHandle(handle), FALSE, 31);
-        refused(_lclose(handle), HFILE_ERROR, 31);
-        refused(ReadFile(handle, &wide, 1, &count, nullptr), FALSE, 31);
-        refused(WriteFile(handle, "x", 1, &count, nullptr), FALSE, 31);
-        refused(SetFilePointerEx(handle, 0, &wide, FILE_BEGIN), FALSE, 6);
-        refused(GetFileSizeEx(handle, &wide), FALSE, 6);
-        refused(GetFileSize(handle, nullptr), INVALID_FILE_SIZE, 6);
-        refused(SetEndOfFile(handle), FALSE, 6);
-        refused(FlushFileBuffers(handle), FALSE, 31);
-        refused(LockFile(handle, 0, 0, 1, 0), FALSE, 31);
-        refused(_lopen("x", 0) + _lread(handle, &wide, 1), 0, 0);
-        EXPECT_EQ(count + wide, 154);
+        EXPECT_OUTCOME(CloseHandle(handle), FALSE, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(_lclose(handle), HFILE_ERROR, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(ReadFile(handle, &wide, 1, &count, nullptr), FALSE, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(WriteFile(handle, "x", 1, &count, nullptr), FALSE, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(SetFilePointerEx(handle, 0, &wide, FILE_BEGIN), FALSE, ERROR_INVALID_HANDLE);
+        EXPECT_OUTCOME(GetFileSizeEx(handle, &wide), FALSE, ERROR_INVALID_HANDLE);
+        EXPECT_OUTCOME(GetFileSize(handle, nullptr), INVALID_FILE_SIZE, ERROR_INVALID_HANDLE);
+        EXPECT_OUTCOME(SetEndOfFile(handle), FALSE, ERROR_INVALID_HANDLE);
+        EXPECT_OUTCOME(FlushFileBuffers(handle), FALSE, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(LockFile(handle, 0, 0, 1, 0), FALSE, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(_lopen("x", 0), 0u, ERROR_SUCCESS);
+        EXPECT_OUTCOME(_lread(handle, &wide, 1), 0u, ERROR_SUCCESS);
+        EXPECT_OUTCOME(_llseek(handle, 1, 0), 0, ERROR_SUCCESS);
+        EXPECT_EQ(count, 77u);
+        EXPECT_EQ(wide, 77);
     }
 }
 
@@ -165,19 +166,29 @@ TEST(FileHandle, TellsShortWritesAndAFullDevice)
 {
     uint32_t count = 9;
     HANDLE handle = Open("/dev/zero", GENERIC_READ, OPEN_EXISTING);
-    EXPECT_FALSE(WriteFile(handle, "x", 1, &count, nullptr));
-    EXPECT_EQ(GetLastError(), 29u);
+    EXPECT_OUTCOME(WriteFile(handle, "x", 1, &count, nullptr), FALSE, ERROR_WRITE_FAULT);
     EXPECT_EQ(count, 0u);
     EXPECT_TRUE(CloseHandle(handle));
 
     handle = Open("/dev/full", GENERIC_WRITE, OPEN_EXISTING);
     const size_t descriptors = OpenDescriptors();
-    EXPECT_TRUE(WriteFile(handle, "x", 1, &count, nullptr)); // it fits the buffer
-    EXPECT_FALSE(CloseHandle(handle));
-    EXPECT_EQ(GetLastError(), 31u);
+    EXPECT_OUTCOME(WriteFile(handle, "x", 1, &count, nullptr), TRUE, ERROR_SUCCESS); // it fits
+    EXPECT_OUTCOME(CloseHandle(handle), FALSE, ERROR_GEN_FAILURE);
     EXPECT_EQ(OpenDescriptors(), descriptors - 1);
-    EXPECT_FALSE(ReadFile(handle, &count, 1, nullptr, nullptr)); // the record is still there
-    EXPECT_TRUE(CloseHandle(handle));
+    EXPECT_OUTCOME(ReadFile(handle, &count, 1, nullptr, nullptr), FALSE, ERROR_GEN_FAILURE);
+    EXPECT_OUTCOME(CloseHandle(handle), TRUE, ERROR_SUCCESS); // the record was still there
+
+    // A refused flush drops the bytes, and only a question about the place tells.
+    handle = Open("/dev/full", GENERIC_WRITE, OPEN_EXISTING);
+    for (const bool asks : {true, false}) {
+        EXPECT_TRUE(WriteFile(handle, "x", 1, nullptr, nullptr));
+        if (asks) {
+            EXPECT_OUTCOME(SetEndOfFile(handle), FALSE, ERROR_GEN_FAILURE);
+        } else {
+            EXPECT_OUTCOME(FlushFileBuffers(handle), TRUE, ERROR_SUCCESS);
+        }
+    }
+    EXPECT_OUTCOME(CloseHandle(handle), TRUE, ERROR_SUCCESS);
 }
 
 TEST(FileHandle, MeasuresAndLocksFarOut)
@@ -185,23 +196,36 @@ TEST(FileHandle, MeasuresAndLocksFarOut)
     ScratchFolder folder;
     HANDLE handle = Open(folder.file("sparse"), kReadWrite, CREATE_ALWAYS);
     uint32_t high = 77;
-    ASSERT_TRUE(SetFilePointerEx(handle, int64_t{5} << 30, nullptr, FILE_BEGIN));
-    ASSERT_TRUE(SetEndOfFile(handle));
-    EXPECT_EQ(GetFileSize(handle, &high), 1u << 30);
+    int64_t place = 0;
+    EXPECT_OUTCOME(SetFilePointerEx(handle, int64_t{5} << 30, &place, FILE_BEGIN), TRUE, 0);
+    EXPECT_EQ(place, int64_t{5} << 30);
+    EXPECT_OUTCOME(SetEndOfFile(handle), TRUE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetFileSize(handle, &high), 1u << 30, ERROR_SUCCESS);
     EXPECT_EQ(high, 77u);
+    EXPECT_OUTCOME(SetFilePointerEx(handle, INT64_MAX, nullptr, FILE_END), FALSE,
+                   ERROR_INVALID_ACCESS);
 
     const int other = open(folder.file("sparse").c_str(), O_RDWR);
-    const auto locked = [other](off_t place) {
-        struct flock range = {F_WRLCK, SEEK_SET, place, 1, 0};
+    const auto locked = [other](off_t byte) {
+        struct flock range = {F_WRLCK, SEEK_SET, byte, 1, 0};
         return fcntl(other, F_OFD_GETLK, &range) == 0 && range.l_type == F_WRLCK;
     };
-    EXPECT_TRUE(LockFile(handle, 3000000000u, 0, 10, 0));
+    EXPECT_OUTCOME(LockFile(handle, 3000000000u, 0, 10, 0), TRUE, ERROR_SUCCESS);
     EXPECT_TRUE(locked(3000000009) && !locked(3000000010) && !locked(2999999999));
-    EXPECT_FALSE(UnlockFile(handle, 3000000000u, 0, 10, 1));
-    EXPECT_EQ(GetLastError(), 31u);
-    EXPECT_TRUE(UnlockFile(handle, 3000000000u, 0, 9, 0));
+    EXPECT_OUTCOME(UnlockFile(handle, 3000000000u, 0, 10, 1), FALSE, ERROR_GEN_FAILURE);
+    EXPECT_OUTCOME(UnlockFile(handle, 3000000000u, 1, 10, 0), FALSE, ERROR_GEN_FAILURE);
+    EXPECT_OUTCOME(UnlockFile(handle, 3000000000u, 0, 9, 0), TRUE, ERROR_SUCCESS);
     EXPECT_TRUE(locked(3000000009) && !locked(3000000008));
     close(other);
+    EXPECT_TRUE(CloseHandle(handle));
+
+    // A file that tells no size and cannot be sought from its end, and one that has no places.
+    handle = Open("/proc/self/status", GENERIC_READ, OPEN_EXISTING);
+    EXPECT_OUTCOME(GetFileSize(handle, nullptr), 0u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(SetFilePointer(handle, 1, nullptr, FILE_END), 1u, ERROR_SUCCESS);
+    EXPECT_TRUE(CloseHandle(handle));
+    handle = Open("/dev/zero", GENERIC_READ, OPEN_EXISTING);
+    EXPECT_OUTCOME(GetFileSize(handle, nullptr), 0u, ERROR_SUCCESS);
     EXPECT_TRUE(CloseHandle(handle));
 }
 
@@ -223,9 +247,11 @@ TEST(FileHandle, ReadsOnAfterASignal)
     ualarm(1000, 1000);
     char bytes[300];
     uint32_t count = 0;
-    EXPECT_TRUE(ReadFile(handle, bytes, sizeof bytes, &count, nullptr));
+    EXPECT_OUTCOME(ReadFile(handle, bytes, sizeof bytes, &count, nullptr), TRUE, ERROR_SUCCESS);
     ualarm(0, 0);
     EXPECT_EQ(count, 200u);
+    EXPECT_OUTCOME(SetFilePointer(handle, 0, nullptr, FILE_CURRENT), INVALID_SET_FILE_POINTER,
+                   ERROR_GEN_FAILURE);
     EXPECT_TRUE(CloseHandle(handle));
 }
 

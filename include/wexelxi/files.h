@@ -140,7 +140,8 @@ WEXELXI_API uint32_t GetFileSize(HANDLE handle, uint32_t *sizeHigh);
  *  @return TRUE if done. Last error: 0; 6 (not a file handle); Unix. Lock: yes. */
 WEXELXI_API BOOL SetEndOfFile(HANDLE handle);
 
-/** Hands what the stream holds to the platform; whether that went well shows at the close.
+/** Hands what the stream holds to the platform. What that refuses is lost and not told, unlike in a
+ *  question about the position and at the close.
  *  @return TRUE for every file handle. Last error: 0; 31 (not a file handle). Lock: yes. */
 WEXELXI_API BOOL FlushFileBuffers(HANDLE handle);
 
