@@ -1,12 +1,15 @@
 // Operations on whole files: attributes, copies, moves, temporary names, and what they leave.
+#include <array>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <string>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
@@ -22,7 +25,7 @@ mode_t ModeOf(const std::string &path)
 TEST(Attributes, ShowAndSetTheOwnersWriteBit)
 {
     ScratchFolder folder;
-    const std::string file = folder.file("f");
+    const std::string file = folder.file("f"), absent = folder.file("no");
     WriteWholeFile(file, "");
     const uint32_t rows[][4] = {{0640, 0x20, 1, 0444},
                                 {0750, 0x20, 0, 0776},
@@ -31,14 +34,14 @@ TEST(Attributes, ShowAndSetTheOwnersWriteBit)
                                 {04711, 0x20, 1, 04555}};
     for (const auto &[before, told, set, after] : rows) {
         chmod(file.c_str(), before);
-        EXPECT_EQ(GetFileAttributes(file.c_str()), told);
-        EXPECT_TRUE(SetFileAttributes(file.c_str(), set));
+        EXPECT_OUTCOME(GetFileAttributes(file.c_str()), told, ERROR_SUCCESS);
+        EXPECT_OUTCOME(SetFileAttributes(file.c_str(), set), TRUE, ERROR_SUCCESS);
         EXPECT_EQ(ModeOf(file), after);
     }
-    EXPECT_EQ(GetFileAttributes(folder.file("no").c_str()), 0u);
-    EXPECT_EQ(GetLastError(), 31u);
-    EXPECT_FALSE(SetFileAttributes(folder.file("no").c_str(), 0));
-    EXPECT_EQ(GetLastError(), 2u);
+    EXPECT_OUTCOME(GetFileAttributes(absent.c_str()), 0u, ERROR_GEN_FAILURE);
+    EXPECT_OUTCOME(SetFileAttributes(absent.c_str(), 0), FALSE, ERROR_FILE_NOT_FOUND);
+    EXPECT_OUTCOME(PathIsDirectory(folder.path().c_str()), TRUE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(PathIsDirectory(file.c_str()), FALSE, ERROR_SUCCESS);
 }
 
 TEST(Operations, MakeMoveAndRemoveNames)
@@ -46,34 +49,40 @@ TEST(Operations, MakeMoveAndRemoveNames)
     ScratchFolder folder;
     ASSERT_EQ(chdir(folder.path().c_str()), 0);
     const std::string longName = "d.d/a:" + std::string(100, 'n') + "." + std::string(100, 'e');
-    const auto leaves = [](BOOL result, BOOL expected, uint32_t error) {
-        EXPECT_EQ(result, expected);
-        EXPECT_EQ(GetLastError(), error);
-    };
     for (const char *name : {"in", "closed", "moved", "d.d"})
-        leaves(CreateDirectory(name, nullptr), TRUE, 0);
-    leaves(CreateDirectory("in", nullptr), FALSE, 80);
+        EXPECT_OUTCOME(CreateDirectory(name, nullptr), TRUE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(CreateDirectory("in", nullptr), FALSE, ERROR_FILE_EXISTS);
     chmod("closed", 0555);
-    EXPECT_EQ(GetFileAttributes("closed"), 0x11u);
-    EXPECT_TRUE(PathIsDirectory("closed"));
+    EXPECT_OUTCOME(GetFileAttributes("closed"), 0x11u, ERROR_SUCCESS);
     for (const std::string &name : {std::string("a"), std::string("b"), longName})
         WriteWholeFile(name, name);
-    leaves(MoveFile("a", "new"), TRUE, 31);
-    leaves(MoveFile("new", "b"), TRUE, 0);
-    EXPECT_EQ(ReadWholeFile("b"), "a");
-    leaves(MoveFile("b", "in/"), TRUE, 0);
-    leaves(MoveFile(longName.c_str(), "in"), TRUE, 0);
+    const struct {
+        const char *from, *to;
+        BOOL moves;
+        uint32_t error;
+    } rows[] = {
+        {"a", "new", TRUE, ERROR_GEN_FAILURE}, // of the question about the new name
+        {"new", "b", TRUE, ERROR_SUCCESS},
+        {"b", "in/", TRUE, ERROR_SUCCESS},
+        {longName.c_str(), "in", TRUE, ERROR_SUCCESS},
+        {"in/b", "closed", FALSE, ERROR_INVALID_NAME}, // no target without the write bit
+        {"moved", "closed", TRUE, ERROR_SUCCESS},      // a writable folder moves into no other
+        {"closed", "elsewhere", TRUE, ERROR_SUCCESS},
+        {"absent", "x", FALSE, ERROR_FILE_NOT_FOUND},
+    };
+    for (const auto &row : rows)
+        EXPECT_OUTCOME(MoveFile(row.from, row.to), row.moves, row.error) << row.from;
+    EXPECT_EQ(ReadWholeFile("in/b"), "a");
     EXPECT_EQ(ReadWholeFile("in" + longName.substr(3)), longName);
-    leaves(MoveFile("in/b", "closed"), FALSE, 123); // no target without the write bit
-    leaves(MoveFile("moved", "closed"), TRUE, 0);   // a writable folder moves into no other
-    leaves(MoveFile("closed", "elsewhere"), TRUE, 0);
-    leaves(MoveFile("absent", "x"), FALSE, 2);
 
-    leaves(DeleteFile("in"), FALSE, 145);
-    leaves(RemoveDirectory("in/b"), FALSE, 123);
-    leaves(DeleteFile("in/b"), TRUE, 0);
-    leaves(DeleteFile("elsewhere"), TRUE, 0);
-    leaves(RemoveDirectory(std::string(300, 'x').c_str()), FALSE, 154);
+    EXPECT_OUTCOME(DeleteFile("in"), FALSE, ERROR_DIR_NOT_EMPTY);
+    EXPECT_OUTCOME(RemoveDirectory("in/b"), FALSE, ERROR_INVALID_NAME);
+    EXPECT_OUTCOME(DeleteFile("in/b"), TRUE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(DeleteFile("d.d"), TRUE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(RemoveDirectory("elsewhere"), TRUE, ERROR_SUCCESS);
+    EXPECT_FALSE(FileExists("elsewhere") || FileExists("in/b"));
+    const std::string endless(300, 'x');
+    EXPECT_OUTCOME(RemoveDirectory(endless.c_str()), FALSE, ERROR_LABEL_TOO_LONG);
 }
 
 TEST(CopyFile, CopiesBytesAndTheReadOnlyState)
@@ -88,14 +97,14 @@ TEST(CopyFile, CopiesBytesAndTheReadOnlyState)
         const mode_t mode = size % 2 ? 0444 : 0750;
         WriteWholeFile(source, bytes);
         chmod(source.c_str(), mode);
-        EXPECT_TRUE(CopyFile(source.c_str(), target.c_str(), TRUE));
-        EXPECT_EQ(GetLastError(), 0u);
+        EXPECT_OUTCOME(CopyFile(source.c_str(), target.c_str(), TRUE), TRUE, ERROR_SUCCESS);
         EXPECT_TRUE(ReadWholeFile(target) == bytes);
         EXPECT_EQ(ModeOf(target), mode == 0444 ? 0444u : 0666u);
         EXPECT_TRUE(DeleteFile(source.c_str()) && DeleteFile(target.c_str()));
     }
-    // What the kernel does not copy: a file without a size.
-    EXPECT_TRUE(CopyFile("/proc/self/status", source.c_str(), FALSE));
+    // What the kernel does not copy: a file without a size. And what only a link stands for.
+    ASSERT_EQ(symlink(source.c_str(), target.c_str()), 0);
+    EXPECT_OUTCOME(CopyFile("/proc/self/status", target.c_str(), TRUE), TRUE, ERROR_SUCCESS);
     EXPECT_GT(ReadWholeFile(source).size(), 100u);
     EXPECT_EQ(OpenDescriptors(), descriptors);
 }
@@ -131,24 +140,34 @@ TEST(CopyFile, FailsWithoutHarm)
     WriteWholeFile("f", "precious");
     WriteWholeFile("g", "other");
     mkdir("folder", 0777);
-    ASSERT_EQ(link("f", "hard") + symlink("f", "soft"), 0);
-    struct Row {
+    ASSERT_EQ(link("f", "hard"), 0);
+    ASSERT_EQ(symlink("f", "soft"), 0);
+    ASSERT_EQ(symlink("loop", "loop"), 0);
+    const struct {
         const char *source, *target;
         BOOL failIfExists;
         uint32_t error;
-    };
-    const Row rows[] = {
-        {"f", "g", 1, 80},         {"f", "f", 1, 80},          {"f", "f", 0, 32},
-        {"f", "hard", 0, 32},      {"soft", "f", 0, 32},       {"f", "folder/../soft", 0, 32},
-        {"absent", "new", 1, 2},   {"absent", "g", 0, 2},      {"f", "folder", 0, 123},
-        {"folder", "part", 0, 30}, {"f", "/dev/full", 0, 29},  {"f", "no/f", 0, 2},
-        {"folder", "g", 0, 30},    {"folder", "folder", 0, 32}};
+    } rows[] = {{"f", "g", TRUE, ERROR_FILE_EXISTS},
+                {"f", "f", TRUE, ERROR_FILE_EXISTS},
+                {"f", "loop", TRUE, ERROR_GEN_FAILURE},
+                {"f", "loop", FALSE, ERROR_GEN_FAILURE},
+                {"f", "f", FALSE, ERROR_SHARING_VIOLATION},
+                {"f", "hard", FALSE, ERROR_SHARING_VIOLATION},
+                {"soft", "f", FALSE, ERROR_SHARING_VIOLATION},
+                {"f", "folder/../soft", FALSE, ERROR_SHARING_VIOLATION},
+                {"absent", "new", TRUE, ERROR_FILE_NOT_FOUND},
+                {"absent", "g", FALSE, ERROR_FILE_NOT_FOUND},
+                {"f", "folder", FALSE, ERROR_INVALID_NAME},
+                {"folder", "g", FALSE, ERROR_READ_FAULT},
+                {"folder", "part", FALSE, ERROR_READ_FAULT},
+                {"f", "/dev/full", FALSE, ERROR_WRITE_FAULT},
+                {"f", "no/f", FALSE, ERROR_FILE_NOT_FOUND}};
     const size_t descriptors = OpenDescriptors();
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(std::string(row.source) + " to " + row.target);
-        EXPECT_FALSE(CopyFile(row.source, row.target, row.failIfExists));
-        EXPECT_EQ(GetLastError(), row.error);
-        EXPECT_EQ(ReadWholeFile("f") + ReadWholeFile("g"), "preciousother");
+        EXPECT_OUTCOME(CopyFile(row.source, row.target, row.failIfExists), FALSE, row.error);
+        EXPECT_EQ(ReadWholeFile("f"), "precious");
+        EXPECT_EQ(ReadWholeFile("g"), "other");
         EXPECT_FALSE(FileExists("new"));
         EXPECT_EQ(OpenDescriptors(), descriptors);
     }
@@ -166,8 +185,8 @@ TEST(CopyFile, TellsAFullDiskForFilesOfAnySize)
     WriteWholeFile(disk + "/filler", std::string(60000, 'x'));
     for (const size_t size : {5000, 70000, 1000000}) {
         WriteWholeFile(source, std::string(size, 'y'));
-        EXPECT_FALSE(CopyFile(source.c_str(), (disk + "/f").c_str(), FALSE)) << size;
-        EXPECT_EQ(GetLastError(), 29u);
+        EXPECT_OUTCOME(CopyFile(source.c_str(), (disk + "/f").c_str(), FALSE), FALSE,
+                       ERROR_WRITE_FAULT);
     }
     umount(disk.c_str());
 }
@@ -190,9 +209,8 @@ TEST(Temporary, FindsTheFolderWithASlashWhereThereIsRoom)
         char buffer[64] = "*";
         SetEnvironmentVariable("TMP", row.tmp);
         SetEnvironmentVariable("TEMP", row.temp);
-        EXPECT_EQ(GetTempPath(row.size, buffer), row.result);
+        EXPECT_OUTCOME(GetTempPath(row.size, buffer), row.result, ERROR_SUCCESS);
         EXPECT_STREQ(buffer, row.text);
-        EXPECT_EQ(GetLastError(), 0u);
     }
 }
 
@@ -205,29 +223,40 @@ TEST(Temporary, FindsTheOneNameThatIsFree)
         snprintf(taken, sizeof taken, "./t%04x.tmp", number);
         close(open(taken, O_CREAT | O_WRONLY, 0666));
     }
-    EXPECT_EQ(GetTempFileName(".", "t", 7, name), 0u);
-    EXPECT_EQ(GetLastError(), 80u);
-    for (const char *free : {"./t0000.tmp", "./tabcd.tmp"}) {
-        unlink(free);
-        const uint32_t number = GetTempFileName(".", "t", 7, name);
-        EXPECT_EQ(number, strtoul(free + 3, nullptr, 16));
-        EXPECT_STREQ(name, free);
-        EXPECT_EQ(GetLastError(), 2u);
-        WriteWholeFile(free, "");
+    EXPECT_OUTCOME(GetTempFileName(".", "t", 7, name), 0u, ERROR_FILE_EXISTS);
+    for (const uint32_t number : {0u, 0xABCDu}) {
+        snprintf(taken, sizeof taken, "./t%04x.tmp", number);
+        unlink(taken);
+        EXPECT_OUTCOME(GetTempFileName(".", "t", 7, name), number, ERROR_FILE_NOT_FOUND);
+        EXPECT_STREQ(name, taken);
+        WriteWholeFile(taken, "");
     }
-    EXPECT_EQ(GetTempFileName(nullptr, "t", 0, name) + GetLastError(), 0u);
+    EXPECT_OUTCOME(GetTempFileName(nullptr, "t", 0, name), 0u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetTempFileName(".", nullptr, 0, name), 0u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetTempFileName(".", "t", 0, nullptr), 0u, ERROR_SUCCESS);
 }
 
-TEST(Volumes, TellTheRoomOfAFileSystem)
+TEST(Volumes, TellTheRoomOfAFileSystemAndNoDrives)
 {
-    uint32_t room[4] = {7, 7, 7, 7};
-    EXPECT_FALSE(GetDiskFreeSpace("/", &room[0], &room[1], &room[2], nullptr));
-    EXPECT_EQ(room[0] + room[1] + room[2], 21u);
-    EXPECT_FALSE(GetDiskFreeSpace("/", &room[0], &room[1], &room[2], &room[3]));
-    EXPECT_EQ(room[0] * room[1], 1024u);
-    EXPECT_LT(room[2], room[3]);
-    EXPECT_FALSE(GetDiskFreeSpace("/no/such", &room[0], &room[1], &room[2], &room[3]));
-    EXPECT_EQ(room[0] + room[1] + room[2] + room[3], 0u);
+    using Room = std::array<uint32_t, 4>;
+    Room room = {7, 7, 7, 7};
+    struct statfs status;
+    ASSERT_EQ(statfs("/", &status), 0);
+    const auto ask = [&](const char *path, uint32_t *last) {
+        return GetDiskFreeSpace(path, &room[0], &room[1], &room[2], last);
+    };
+    EXPECT_OUTCOME(ask("/", nullptr), FALSE, kUnchanged);
+    EXPECT_EQ(room, (Room{7, 7, 7, 7}));
+    EXPECT_OUTCOME(ask("/", &room[3]), FALSE, kUnchanged);
+    EXPECT_EQ(room, (Room{1, 1024, room[2], static_cast<uint32_t>(status.f_blocks)}));
+    EXPECT_TRUE(room[2] > 7 && room[2] < room[3]);
+    room = {7, 7, 7, 7};
+    EXPECT_OUTCOME(ask("/no/such", &room[3]), FALSE, kUnchanged);
+    EXPECT_EQ(room, (Room{}));
+    EXPECT_OUTCOME(GetLogicalDrives(), 0u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetDriveType("/"), 0u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetVolumeInformation("/", nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0),
+                   FALSE, ERROR_SUCCESS);
 }
 
 } // namespace
