@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/path_text.h"
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
@@ -113,13 +114,15 @@ TEST(Paths, StartFromTheCurrentDirectoryAndFillTheBuffersGiven)
     EXPECT_EQ(std::string(output, 8), std::string("/usr/l\0*", 8));
     EXPECT_EQ(GetFullPathName("/x", 0, output, nullptr), 0u);
     EXPECT_EQ(GetFilePath("/x", 0xFFFFFFFF, output), 2u);
-    EXPECT_EQ(GetFilePath(nullptr, 10, output) + GetFilePath("/x", 10, nullptr), 0u);
+    EXPECT_OUTCOME(GetFilePath(nullptr, 10, output), 0u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetFilePath("/x", 10, nullptr), 0u, ERROR_SUCCESS);
 
-    EXPECT_EQ(GetCurrentDirectory(8, output) + GetCurrentDirectory(99, nullptr), 18u);
+    EXPECT_OUTCOME(GetCurrentDirectory(8, output), 9u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GetCurrentDirectory(99, nullptr), 9u, ERROR_SUCCESS);
     EXPECT_STREQ(output, "/x");
-    EXPECT_EQ(GetCurrentDirectory(9, output), 8u);
-    EXPECT_FALSE(SetCurrentDirectory("no/such"));
-    EXPECT_EQ(GetLastError(), 2u);
+    EXPECT_OUTCOME(GetCurrentDirectory(9, output), 8u, ERROR_SUCCESS);
+    EXPECT_OUTCOME(SetCurrentDirectory("/usr"), TRUE, ERROR_SUCCESS);
+    EXPECT_OUTCOME(SetCurrentDirectory("no/such"), FALSE, ERROR_FILE_NOT_FOUND);
 
     char drive[8], name[32], extension[8] = "*";
     splitpath("c:/a:b.c", drive, nullptr, nullptr, extension);
@@ -140,16 +143,14 @@ TEST(Paths, ARelativePathNeedsADirectoryThatFits)
         ASSERT_EQ(mkdir(step.c_str(), 0777), 0);
         ASSERT_EQ(chdir(step.c_str()), 0);
     }
-    EXPECT_EQ(GetFilePath("x", sizeof output, output), 0u);
-    EXPECT_EQ(GetLastError(), 16u);
+    EXPECT_OUTCOME(GetFilePath("x", sizeof output, output), 0u, ERROR_CURRENT_DIRECTORY);
     EXPECT_STREQ(output, "same");
     EXPECT_EQ(GetFilePath("/x", sizeof output, output), 2u);
 
     ASSERT_EQ(chdir(folder.file("gone").c_str()), 0);
     rmdir(folder.file("gone").c_str());
-    EXPECT_EQ(GetFilePath("y", sizeof output, output), 2u);
+    EXPECT_OUTCOME(GetFilePath("y", sizeof output, output), 2u, ERROR_CURRENT_DIRECTORY);
     EXPECT_STREQ(output, "/y");
-    EXPECT_EQ(GetLastError(), 16u);
 }
 
 } // namespace
