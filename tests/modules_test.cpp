@@ -2,7 +2,9 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <random>
+#include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "modules/module_names.h"
 #include "support/last_error.h"
@@ -283,6 +285,21 @@ TEST_F(Modules, ReachTheHostsFunctionUnattached)
     EXPECT_EQ(gHostLog, "6:3 0:8 2:0 ");
     MODChainEntry *host = MODChain_findByMod(WEXELXI_HOST_MODULE);
     EXPECT_OUTCOME(MODChain_getResFunc(host), &HostResources, kUnchanged);
+}
+
+TEST(Resources, MayEndByTheHostsExceptionOrItsThreads)
+{
+    StartedLibrary library{[](uint32_t, intptr_t id, intptr_t, intptr_t) -> intptr_t {
+        if (id == 1)
+            throw std::runtime_error("the host's own");
+        pthread_exit(nullptr);
+    }};
+    EXPECT_THROW(LoadString(WEXELXI_HOST_MODULE, 1, nullptr, 0), std::runtime_error);
+    EXPECT_EQ(TlsGetValue(gCriticalSectionTLS), nullptr);
+    std::thread([] { LoadString(WEXELXI_HOST_MODULE, 2, nullptr, 0); }).join();
+    auto *mutex = static_cast<pthread_mutex_t *>(gWexelxiCriticalSection);
+    ASSERT_EQ(pthread_mutex_trylock(mutex), 0);
+    pthread_mutex_unlock(mutex);
 }
 
 TEST(Resources, AreNoneWithoutAFunction)
