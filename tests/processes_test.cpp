@@ -257,6 +257,8 @@ TEST(RunningPrograms, AreFoundByTheirNames)
     for (const auto &[text, runs] : rows)
         EXPECT_OUTCOME(testForProgOpen_Unix(text), runs, kUnchanged) << text;
     EXPECT_FALSE(FileExists(library.folder.file("psrep")));
+    setenv("PATH", "/no/such/folder", 1); // nor such a ps
+    EXPECT_OUTCOME(testForProgOpen_Unix("/opt/qzjx7"), 0, kUnchanged);
     SetWexelXiFolder("/no/such/folder");
     EXPECT_OUTCOME(testForProgOpen_Unix("/opt/qzjx7"), 0, kUnchanged);
 }
@@ -373,7 +375,7 @@ TEST(EventLog, ReachesTheSystemLog)
     EXPECT_OUTCOME(RegisterEventSource("server", source.c_str()), reinterpret_cast<HANDLE>(1),
                    kUnchanged);
     source.assign("XXXXXX"); // the library has a copy
-    const char *strings[] = {"100%s ", "done", nullptr};
+    const char *strings[] = {"100%s ", "done", nullptr, "beyond the count"};
     EXPECT_OUTCOME(ReportEvent(nullptr, 1, 2, 3, nullptr, 3, 0, strings, nullptr), TRUE,
                    kUnchanged);
     EXPECT_EQ(ReportEvent(nullptr, 1, 2, 3, nullptr, 0, 0, nullptr, nullptr), TRUE);
