@@ -67,7 +67,7 @@ void *AskForExit(void *)
 // Nothing here is wrong.
 FAULT Clean()
 {
-    char text[32];
+    char text[4096];
     WIN32_FIND_DATA found;
     for (int i = 0; i < 3; i++) {
         CloseHandle(Open());

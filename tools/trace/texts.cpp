@@ -5,14 +5,12 @@
 #include "tools/trace/book.h"
 #include "tools/trace/settings.h"
 
-extern "C" void __libc_free(void *block);
-extern "C" void *__libc_realloc(void *block, size_t size);
-
 namespace {
 
-// The next of that name, which need not be the platform's. dlsym may free on its way.
+// The next of that name, which need not be the platform's; null while it is looked for, as dlsym
+// may free on its way.
 template <typename Function>
-Function *Next(Function *&next, const char *name, Function *platform)
+Function *Next(Function *&next, const char *name)
 {
     static thread_local bool isLooking = false;
     if (!next && !isLooking) {
@@ -20,7 +18,7 @@ Function *Next(Function *&next, const char *name, Function *platform)
         next = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
         isLooking = false;
     }
-    return next ? next : platform;
+    return next;
 }
 
 void (*gFree)(void *) = nullptr;
@@ -32,14 +30,16 @@ extern "C" __attribute__((visibility("default"))) void free(void *block) noexcep
 {
     if (block && trace::gSettings.check)
         trace::TextFreed(block);
-    Next(gFree, "free", __libc_free)(block);
+    if (const auto next = Next(gFree, "free"))
+        next(block);
 }
 
 extern "C" __attribute__((visibility("default"))) void *realloc(void *block, size_t size) noexcept
 {
     if (block && trace::gSettings.check)
         trace::TextFreed(block);
-    return Next(gRealloc, "realloc", __libc_realloc)(block, size);
+    const auto next = Next(gRealloc, "realloc");
+    return next ? next(block, size) : nullptr;
 }
 
 bool trace::SeesTextsFreed()
