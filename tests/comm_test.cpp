@@ -171,6 +171,8 @@ TEST(Settings, ReachTheLineToTheBit)
     EXPECT_TRUE(AreEqual(line.Termios(), before)) << "a refusal changes nothing";
     settings.StopBits = TWOSTOPBITS;
     settings.XonChar = 0x11;
+    settings.XoffChar = 0x13;
+    settings.EofChar = 0x1A;
     EXPECT_OUTCOME(SetCommState(line.port, &settings), TRUE, ERROR_SUCCESS);
     termios expected = before; // but for the size and parity, which pseudo-terminals force
     expected.c_iflag &= ~tcflag_t(BRKINT | ISTRIP | INLCR | IGNCR | ICRNL);
@@ -181,8 +183,9 @@ TEST(Settings, ReachTheLineToTheBit)
     expected.c_lflag &= ~tcflag_t(ISIG | ICANON | ECHO);
     expected.c_lflag |= NOFLSH;
     memset(expected.c_cc, 0, 17);
-    expected.c_cc[VEOF] = 4;
+    expected.c_cc[VEOF] = 0x1A;
     expected.c_cc[VSTART] = 0x11;
+    expected.c_cc[VSTOP] = 0x13;
     cfsetispeed(&expected, B19200);
     cfsetospeed(&expected, B19200);
     EXPECT_TRUE(AreEqual(line.Termios(), expected));
@@ -192,6 +195,8 @@ TEST(Settings, ReachTheLineToTheBit)
     EXPECT_EQ(told.BaudRate, 19200u);
     EXPECT_EQ(told.Parity, 0xA5);
     EXPECT_EQ(told.XonChar, 0x11);
+    EXPECT_EQ(told.XoffChar, 0x13);
+    EXPECT_EQ(told.EofChar, 0x1A);
     EXPECT_EQ(told.XonLim, 10);
     EXPECT_EQ(told.XoffLim, 10);
 

@@ -101,7 +101,8 @@ TEST(FileHandle, ActsAsItsStreamInAnyOrderOfCalls)
         case 2: {
             const uint32_t method = random() % 4;
             const int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END, SEEK_SET};
-            const int32_t offset = static_cast<int32_t>(random() % 30000) - 10000;
+            const int32_t offset =
+                random() % 4 ? static_cast<int32_t>(random() % 30000) - 10000 : 0;
             const bool good = fseek(twin, offset, origins[method]) == 0;
             EXPECT_OUTCOME(SetFilePointer(handle, offset, nullptr, method),
                            good ? static_cast<uint32_t>(ftell(twin)) : INVALID_SET_FILE_POINTER,
