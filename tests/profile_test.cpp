@@ -237,6 +237,7 @@ TEST(Profile, FilesThatCannotBeWrittenOrHoldNoText)
     // A port whose device is an ordinary file, changed in place; one that is a device.
     WriteWholeFile(name("device"), "[s]\nk=old\n");
     WriteProfileString("Ports", "COM1", (name("device") + ",rs232").c_str());
+    WriteProfileString("Ports", "Delay", "-1"); // neither drains, and nobody shall wait for it
     WriteProfileString("Ports", "COM2", "/dev/null,rs232");
     for (const std::string value : {"longer", "x"}) {
         EXPECT_OUTCOME(Put("k", value, "COM1"), TRUE, 0u);
