@@ -18,9 +18,9 @@ uint32_t gLastErrorTLS = 0;
 uint32_t sLastErrorBeforeInit = 0;
 uint32_t gErrorMode = 0;
 
-static char *sLastErrorStringBeforeInit = nullptr;
-
 namespace {
+
+char *sLastErrorStringBeforeInit = nullptr;
 
 // One per thread, made at the thread's first store. It outlives its thread and is never freed; the
 // list keeps such records in sight of whoever looks for leaks.
@@ -32,6 +32,9 @@ struct LastErrorRecord {
 
 std::atomic<LastErrorRecord *> gRecords{nullptr};
 
+// Stands for the record of a thread that there was no memory for, and is never written to.
+LastErrorRecord gNoRecord = {ERROR_NOT_ENOUGH_MEMORY, nullptr, nullptr};
+
 LastErrorRecord *FindRecord()
 {
     return static_cast<LastErrorRecord *>(pthread_getspecific(gLastErrorTLS));
@@ -39,8 +42,9 @@ LastErrorRecord *FindRecord()
 
 LastErrorRecord *FindOrCreateRecord()
 {
-    if (LastErrorRecord *record = FindRecord())
-        return record;
+    LastErrorRecord *found = FindRecord();
+    if (found && found != &gNoRecord)
+        return found;
     const int saved = errno;
     auto *record = static_cast<LastErrorRecord *>(calloc(1, sizeof(LastErrorRecord)));
     if (record) {
@@ -48,8 +52,8 @@ LastErrorRecord *FindOrCreateRecord()
         while (!gRecords.compare_exchange_weak(record->next, record, std::memory_order_release,
                                                std::memory_order_relaxed)) {
         }
-        pthread_setspecific(gLastErrorTLS, record);
     }
+    pthread_setspecific(gLastErrorTLS, record ? record : &gNoRecord);
     errno = saved;
     return record;
 }

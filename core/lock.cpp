@@ -8,9 +8,20 @@ using namespace wexelxi;
 void *gWexelxiCriticalSection = nullptr;
 uint32_t gCriticalSectionTLS = 0;
 
-static CRITICALSECTIONERRORPROC gCriticalSectionErrorProc = nullptr;
-
 namespace wexelxi {
+namespace {
+
+CRITICALSECTIONERRORPROC gCriticalSectionErrorProc = nullptr;
+
+// The slot is read again in both steps: FreeLib may have emptied it since the caller's test, and
+// such a thread goes on unprotected and reported. The mutex operations leave errno alone.
+pthread_mutex_t *GlobalMutex()
+{
+    return static_cast<pthread_mutex_t *>(
+        __atomic_load_n(&gWexelxiCriticalSection, __ATOMIC_ACQUIRE));
+}
+
+} // namespace
 
 void ReportCriticalSectionError(const char *word, int32_t code)
 {
@@ -19,14 +30,6 @@ void ReportCriticalSectionError(const char *word, int32_t code)
     const int saved = errno;
     gCriticalSectionErrorProc(word, code);
     errno = saved;
-}
-
-// The slot is read again in both steps: FreeLib may have emptied it since the caller's test, and
-// such a thread goes on unprotected and reported. The mutex operations leave errno alone.
-static pthread_mutex_t *GlobalMutex()
-{
-    return static_cast<pthread_mutex_t *>(
-        __atomic_load_n(&gWexelxiCriticalSection, __ATOMIC_ACQUIRE));
 }
 
 void AcquireGlobalMutex()

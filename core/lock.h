@@ -44,24 +44,30 @@ inline void AssertLockHeld()
     assert(!GlobalLockIsActive() || LockCount() > 0);
 }
 
-inline void EnterGlobalLock()
+inline void RaiseLockCount(uint32_t count)
 {
-    if (!GlobalLockIsActive())
-        return;
-    const uint32_t count = LockCount();
     if (count == 0)
         AcquireGlobalMutex();
     StoreLockCount(count + 1);
 }
 
-inline void LeaveGlobalLock()
+inline void LowerLockCount(uint32_t count)
 {
-    if (!GlobalLockIsActive())
-        return;
-    const uint32_t count = LockCount();
     if (count == 1)
         ReleaseGlobalMutex();
     StoreLockCount(count - 1);
+}
+
+inline void EnterGlobalLock()
+{
+    if (GlobalLockIsActive())
+        RaiseLockCount(LockCount());
+}
+
+inline void LeaveGlobalLock()
+{
+    if (GlobalLockIsActive())
+        LowerLockCount(LockCount());
 }
 
 // Holds the lock for a scope, also when a callback or a cancelled thread unwinds through it.
@@ -73,25 +79,25 @@ public:
     LockScope &operator=(const LockScope &) = delete;
 };
 
-// The same for a function that calls nothing of the host's and no other export: nobody can look at
-// the count meanwhile, so it need not move, and the mutex alone is taken on the way from 0.
-class [[nodiscard]] LeafLockScope {
+// The same for a function that calls no other of the library's or the host's meanwhile: what the
+// count is on the way out is then known, and it is not read again.
+class [[nodiscard]] BriefLockScope {
 public:
-    LeafLockScope() : isOutermost_(GlobalLockIsActive() && LockCount() == 0)
+    BriefLockScope() : count_(GlobalLockIsActive() ? LockCount() + 1 : 0)
     {
-        if (isOutermost_)
-            AcquireGlobalMutex();
+        if (count_ != 0)
+            RaiseLockCount(count_ - 1);
     }
-    ~LeafLockScope() noexcept(false)
+    ~BriefLockScope() noexcept(false)
     {
-        if (isOutermost_ && GlobalLockIsActive())
-            ReleaseGlobalMutex();
+        if (count_ != 0 && GlobalLockIsActive())
+            LowerLockCount(count_);
     }
-    LeafLockScope(const LeafLockScope &) = delete;
-    LeafLockScope &operator=(const LeafLockScope &) = delete;
+    BriefLockScope(const BriefLockScope &) = delete;
+    BriefLockScope &operator=(const BriefLockScope &) = delete;
 
 private:
-    const bool isOutermost_;
+    const uint32_t count_; // as this scope has made it; 0 while the lock is inactive
 };
 
 } // namespace wexelxi

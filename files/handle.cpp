@@ -34,6 +34,15 @@ bool CloseStream(HandleRecord *record)
     return fclose(stream) == 0;
 }
 
+// A record that somebody waits with is left to that wait.
+bool IsLeftToItsWait(HandleRecord *record)
+{
+    uint32_t claimed = JOIN_CLAIMED;
+    return record->kind == HANDLE_THREAD &&
+           __atomic_compare_exchange_n(&record->join, &claimed, JOIN_ORPHAN, false,
+                                       __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+}
+
 bool EndHandle(HandleRecord *record)
 {
     switch (record->kind) {
@@ -86,7 +95,8 @@ BOOL CloseHandle(HANDLE handle)
     HandleRecord *record = HandleToRecord(handle);
     if (!record || !EndHandle(record))
         return Fail(ERROR_GEN_FAILURE);
-    free(record);
+    if (!IsLeftToItsWait(record))
+        free(record);
     SetLastError(ERROR_SUCCESS);
     return TRUE;
 }

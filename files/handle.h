@@ -18,6 +18,14 @@ enum HandleKind : uint32_t {
     HANDLE_FILE = 3,
 };
 
+// Who waits for a thread, and whose the record is.
+enum JoinState : uint32_t {
+    JOIN_FREE = 0,    // nobody yet
+    JOIN_CLAIMED = 1, // a wait lasts
+    JOIN_OVER = 2,    // joined or detached
+    JOIN_ORPHAN = 3, // a wait lasts, and the handle was closed meanwhile: the wait frees the record
+};
+
 // One block from malloc; the host sees its address, and CloseHandle frees it.
 struct HandleRecord {
     uint32_t kind;
@@ -27,7 +35,7 @@ struct HandleRecord {
         FILE *stream;     // HANDLE_FILE; owned, null once a close has failed
     };
     uint32_t portType; // HANDLE_FILE: 0 for an ordinary file, else what GetPortName told
-    uint32_t detached; // HANDLE_THREAD: not 0 if nobody may join the thread
+    uint32_t join;     // HANDLE_THREAD: a JoinState, changed in single steps without the lock
     uint32_t fileType; // HANDLE_FILE: as in a file's mode; 0 while nobody has asked
 };
 

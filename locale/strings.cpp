@@ -12,14 +12,16 @@
 
 using namespace wexelxi;
 
-static uint32_t FoldAscii(char c)
+namespace {
+
+uint32_t FoldAscii(char c)
 {
     const auto byte = static_cast<uint8_t>(c);
     return byte >= 'A' && byte <= 'Z' ? byte + 0x20u : byte;
 }
 
 // Bytes at the start of both, in whole blocks within the limit, that are the same but for case.
-static size_t EqualBlocks(const char *first, const char *second, size_t limit)
+size_t EqualBlocks(const char *first, const char *second, size_t limit)
 {
     constexpr size_t kCached = 4096; // what is measured stays in the cache for the comparison
     const size_t ahead = std::min({strnlen(first, kCached), strnlen(second, kCached), limit});
@@ -37,9 +39,48 @@ static size_t EqualBlocks(const char *first, const char *second, size_t limit)
     return i;
 }
 
+// Texts that lie close together may overlap, as when a host closes a gap with a copy. Farther apart
+// a copy that goes forward is safe as it is.
+void CopyText(char *dst, const char *src)
+{
+    constexpr ptrdiff_t kClose = 4096;
+    if (std::abs(dst - src) < kClose)
+        memmove(dst, src, strlen(src) + 1);
+    else
+        strcpy(dst, src);
+}
+
+// Whether the arithmetic is what the table says, which a host may have written to.
+template <auto Fold>
+bool IsTableOf(const uint8_t (&table)[256])
+{
+    TextBlock bytes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    TextBlock differences = {};
+    for (size_t i = 0; i < sizeof table; i += sizeof bytes, bytes += 16)
+        differences |= Fold(bytes) ^ LoadBlock(table + i);
+    return IsZero(differences);
+}
+
+template <auto Fold>
+void Map(char *buffer, size_t count, const uint8_t (&table)[256])
+{
+    constexpr size_t kWorthTheLook = 2 * sizeof table;
+    size_t i = 0;
+    if (count >= kWorthTheLook && IsTableOf<Fold>(table)) {
+        for (; count - i >= sizeof(TextBlock); i += sizeof(TextBlock)) {
+            const TextBlock folded = Fold(LoadBlock(buffer + i));
+            memcpy(buffer + i, &folded, sizeof folded);
+        }
+    }
+    for (; i < count; i++)
+        buffer[i] = static_cast<char>(table[static_cast<uint8_t>(buffer[i])]);
+}
+
+} // namespace
+
 char *itoa(int32_t value, char *buffer, int32_t radix)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     char *digits = buffer;
     auto rest = static_cast<uint32_t>(value);
     if (value < 0 && radix == 10) {
@@ -64,34 +105,23 @@ char *itoa(int32_t value, char *buffer, int32_t radix)
     return buffer;
 }
 
-// Texts that lie close together may overlap, as when a host closes a gap with a copy. Farther apart
-// a copy that goes forward is safe as it is.
-static void CopyText(char *dst, const char *src)
-{
-    constexpr ptrdiff_t kClose = 4096;
-    if (std::abs(dst - src) < kClose)
-        memmove(dst, src, strlen(src) + 1);
-    else
-        strcpy(dst, src);
-}
-
 char *lstrcat(char *dst, const char *src)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     CopyText(dst + strlen(dst), src);
     return dst;
 }
 
 char *lstrcpy(char *dst, const char *src)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     CopyText(dst, src);
     return dst;
 }
 
 char *lstrcpyn(char *dst, const char *src, int32_t count)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     if (count > 0) {
         const size_t length = strnlen(src, static_cast<size_t>(count) - 1);
         memmove(dst, src, length);
@@ -107,7 +137,7 @@ int32_t lstrcmpi(const char *first, const char *second)
 
 int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     const uint32_t last = count - 1; // a count of 0 wraps to no limit
     for (size_t i = 0;;) {
         i += EqualBlocks(first + i, second + i, last - i);
@@ -122,46 +152,20 @@ int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
 
 int32_t lstrcmp(const char *first, const char *second)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     const int order = strcmp(first, second);
     return order < 0 ? 1 : order > 0 ? -1 : 0;
 }
 
 uint32_t lstrlen(const char *string)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     return static_cast<uint32_t>(strlen(string));
-}
-
-// Whether the arithmetic is what the table says, which a host may have written to.
-template <auto Fold>
-static bool IsTableOf(const uint8_t (&table)[256])
-{
-    TextBlock bytes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-    TextBlock differences = {};
-    for (size_t i = 0; i < sizeof table; i += sizeof bytes, bytes += 16)
-        differences |= Fold(bytes) ^ LoadBlock(table + i);
-    return IsZero(differences);
-}
-
-template <auto Fold>
-static void Map(char *buffer, size_t count, const uint8_t (&table)[256])
-{
-    constexpr size_t kWorthTheLook = 2 * sizeof table;
-    size_t i = 0;
-    if (count >= kWorthTheLook && IsTableOf<Fold>(table)) {
-        for (; count - i >= sizeof(TextBlock); i += sizeof(TextBlock)) {
-            const TextBlock folded = Fold(LoadBlock(buffer + i));
-            memcpy(buffer + i, &folded, sizeof folded);
-        }
-    }
-    for (; i < count; i++)
-        buffer[i] = static_cast<char>(table[static_cast<uint8_t>(buffer[i])]);
 }
 
 LPSTR AnsiUpper(LPSTR value)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     const auto number = reinterpret_cast<uintptr_t>(value);
     if (number <= 0xFFFF) {
         const auto upper = static_cast<int8_t>(gUPPERBUFF[number & 0xFF]);
@@ -173,14 +177,14 @@ LPSTR AnsiUpper(LPSTR value)
 
 uint32_t AnsiUpperBuff(char *buffer, uint32_t count)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     Map<Upper>(buffer, count, gUPPERBUFF);
     return count;
 }
 
 uint32_t AnsiLowerBuff(char *buffer, uint32_t count)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     Map<Lower>(buffer, count, gLOWERBUFF);
     return count;
 }
@@ -193,14 +197,14 @@ BOOL IsCharAlpha(uint32_t character)
 
 BOOL OemToAnsi(const char *src, char *dst)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     memmove(dst, src, strlen(src));
     return TRUE;
 }
 
 BOOL OemToAnsiBuff(const char *src, char *dst, uint32_t count)
 {
-    LeafLockScope lock;
+    BriefLockScope lock;
     memmove(dst, src, strnlen(src, count));
     return TRUE;
 }

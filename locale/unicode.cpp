@@ -8,17 +8,21 @@
 
 using namespace wexelxi;
 
-static constexpr uint32_t kEmptyWide[1] = {0};
+namespace {
 
-static const uint8_t *Bytes(const char *text)
+constexpr uint32_t kEmptyWide[1] = {0};
+
+const uint8_t *Bytes(const char *text)
 {
     return reinterpret_cast<const uint8_t *>(text ? text : "");
 }
 
-static uint8_t *Bytes(char *text)
+uint8_t *Bytes(char *text)
 {
     return reinterpret_cast<uint8_t *>(text);
 }
+
+} // namespace
 
 const char *gGetNextUtf8Char(const char *next, uint32_t first, uint32_t *codePoint)
 {

@@ -1,4 +1,6 @@
-// Environment variables, under the lock, so that the library's own uses of getenv are ordered.
+// Environment variables, under both locks, so that the library's own uses of getenv are ordered.
+#include "modules/environment.h"
+
 #include <cstdlib>
 #include <cstring>
 
@@ -8,12 +10,15 @@
 
 using namespace wexelxi;
 
+constinit std::mutex wexelxi::gEnvironmentLock;
+
 uint32_t GetEnvironmentVariable(const char *name, char *destination, uint32_t size)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
     if (!name)
         return 0;
+    const std::scoped_lock environment(gEnvironmentLock);
     const char *value = getenv(name);
     if (!value)
         return FailWith(ERROR_ENVVAR_NOT_FOUND, 0u);
@@ -30,6 +35,7 @@ int32_t SetEnvironmentVariable(const char *name, const char *value)
     SetLastError(ERROR_SUCCESS);
     if (!name)
         return 0;
+    const std::scoped_lock environment(gEnvironmentLock);
     const int failed = value ? setenv(name, value, 1) : unsetenv(name);
     return failed ? 0 : 1;
 }

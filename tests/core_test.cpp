@@ -8,18 +8,11 @@
 #include <thread>
 #include <vector>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
 namespace {
-
-std::string gFaults;
-
-void RecordFault(const char *word, int32_t code)
-{
-    gFaults += word + (" " + std::to_string(code)) + " ";
-    errno = 77; // a hook may do anything to errno
-}
 
 uintptr_t Count()
 {
@@ -64,34 +57,63 @@ TEST(Lock, IsInactiveOutsideARun)
     EXPECT_EQ(Count(), 0u);
 }
 
-TEST(Lock, ReportsFaultsAndGoesOn)
+std::string gFaults;
+
+// Where the lock is refused, the hook gives the mutex back, so that the leave is refused too.
+void RecordFault(const char *word, int32_t code)
+{
+    gFaults += word + (" " + std::to_string(code)) + " at " + std::to_string(Count()) + ", ";
+    if (code == EDEADLK)
+        pthread_mutex_unlock(static_cast<pthread_mutex_t *>(gWexelxiCriticalSection));
+    errno = 77; // a hook may do anything to errno
+}
+
+TEST(Lock, ReportsFaultsAndGoesOnWithItsCount)
 {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "misuses a mutex on purpose, which the thread sanitizer reports by itself";
 #endif
+    static char text[] = "text";
+    static char copy[32];
+    void (*const calls[])() = {
+        [] { gEnterWexelxiCriticalSection(), gLeaveWexelxiCriticalSection(); },
+        [] { SetErrorMode(0); },
+        [] { itoa(1, copy, 10); },
+        [] { lstrcpy(copy, text); },
+        [] { lstrcat(copy, text); },
+        [] { lstrcpyn(copy, text, 3); },
+        [] { lstrcmp(copy, text); },
+        [] { lstrcmpi(copy, text); },
+        [] { lstrncmpi(copy, text, 2); },
+        [] { lstrlen(text); },
+        [] { AnsiUpper(text); },
+        [] { AnsiUpperBuff(text, 4); },
+        [] { AnsiLowerBuff(text, 4); },
+        [] { OemToAnsi(text, copy); },
+        [] { AnsiToOem(text, copy); },
+        [] { OemToAnsiBuff(text, copy, 2); },
+        [] { AnsiToOemBuff(text, copy, 2); },
+        [] { wsprintf(copy, "%d", 1); },
+    };
     StartedLibrary library;
-    SetCriticalSectionErrorProc(RecordFault);
-    // An error-checking mutex in the slot refuses a leave by a thread that does not hold it.
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
     pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_ERRORCHECK);
     pthread_mutex_t checking;
     pthread_mutex_init(&checking, &attributes);
-    void *real = gWexelxiCriticalSection;
-    gWexelxiCriticalSection = &checking;
-
-    pthread_mutex_lock(&checking);
-    errno = 5;
-    gEnterWexelxiCriticalSection();
-    EXPECT_EQ(Count(), 1u);
-    pthread_mutex_unlock(&checking);
-    gLeaveWexelxiCriticalSection();
-    EXPECT_EQ(errno, 5);
-    EXPECT_EQ(Count(), 0u);
-
+    void *real = std::exchange(gWexelxiCriticalSection, static_cast<void *>(&checking));
+    SetCriticalSectionErrorProc(RecordFault);
+    for (const auto &call : calls) {
+        gFaults.clear();
+        pthread_mutex_lock(&checking);
+        errno = 5;
+        call();
+        EXPECT_EQ(errno, 5);
+        EXPECT_EQ(Count(), 0u);
+        EXPECT_EQ(gFaults, "enter 35 at 0, leave 1 at 1, ") << &call - calls;
+    }
     gWexelxiCriticalSection = real;
     SetCriticalSectionErrorProc(nullptr);
-    EXPECT_EQ(gFaults, "enter 35 leave 1 "); // EDEADLK, EPERM
 }
 
 TEST(Lock, SerialisesThreads)
@@ -131,6 +153,9 @@ TEST(Lifecycle, StartsStopsAndStartsAgain)
         GetLastErrorString(text, sizeof text);
         EXPECT_STREQ(text, "");
         SetLastErrorString("during");
+        FreeLib();
+        GetLastErrorString(text, sizeof text);
+        EXPECT_STREQ(text, "");
     }
     char text[8] = "x";
     GetLastErrorString(text, sizeof text);
@@ -257,8 +282,9 @@ TEST(Memory, GuardsStandWhereTheFormatSays)
         handle = GlobalReAlloc(handle, size + 30, GLOBAL_ZEROFILL);
         for (int32_t i = 0; i < size + 30; i++)
             ASSERT_EQ(static_cast<char *>(handle)[i], i < size ? 0x55 : 0);
-        handle = GlobalReAlloc(handle, size / 2, 0);
+        handle = GlobalReAlloc(handle, size / 2, GLOBAL_ZEROFILL);
         EXPECT_EQ(GlobalSize(handle), static_cast<uint32_t>(size / 2));
+        EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
         EXPECT_EQ(WordAt(handle, (size / 2 & ~7) + 8), GLOBAL_TAIL_GUARD);
         GlobalFree(handle);
     }
@@ -282,24 +308,52 @@ TEST(Memory, RefusesImpossibleSizesAndKeepsTheOldBlock)
 
 TEST(Memory, ByteHelpers)
 {
-    EXPECT_EQ(MulDiv(-7, 1, 2) + MulDiv(1, 1, 0), -3);
-    EXPECT_EQ(MulDiv(100000, 100000, 1), 1410065408);
-    EXPECT_EQ(MulDiv(INT32_MIN, 1, -1), INT32_MIN);
-    EXPECT_EQ(IsBadWritePtr(nullptr, 1), 1);
+    const struct {
+        int32_t a, b, c, result;
+    } quotients[] = {{-7, 1, 2, -3},
+                     {1, 1, 0, 0},
+                     {100000, 100000, 1, 1410065408},
+                     {INT32_MIN, 1, -1, INT32_MIN}};
+    for (const auto &row : quotients)
+        EXPECT_EQ(MulDiv(row.a, row.b, row.c), row.result) << row.a;
+    EXPECT_EQ(IsBadWritePtr(nullptr, 1), TRUE);
 
-    uint8_t bytes[5] = {};
-    SETDWORD(bytes + 1, 0x11223344, 1);
-    EXPECT_EQ(GETDWORD(bytes + 1, 0), 0x44332211u);
-    SETWORD(bytes + 1, 0xABCD, 0);
-    EXPECT_EQ(GETWORD(bytes + 1, 0), 0xABCD);
-    SETDWORD(bytes, 0xF1F2F3F4, 0);
-    EXPECT_EQ(bytes[0], 0xF1);
-    FillMemory(bytes, 3, 0x1FF);
+    for (const int32_t littleEndian : {0, 1, 256}) {
+        uint8_t bytes[6] = {9, 9, 9, 9, 9, 9};
+        SETWORD(bytes + 1, 0xABCD, littleEndian);
+        EXPECT_EQ(bytes[1], littleEndian ? 0xCD : 0xAB);
+        EXPECT_EQ(bytes[2], littleEndian ? 0xAB : 0xCD);
+        EXPECT_EQ(GETWORD(bytes + 1, littleEndian), 0xABCD);
+        SETDWORD(bytes + 1, 0xF1223344, littleEndian);
+        for (int i = 0; i < 4; i++)
+            EXPECT_EQ(bytes[1 + i], 0xF1223344 >> 8 * (littleEndian ? i : 3 - i) & 0xFF);
+        EXPECT_EQ(GETDWORD(bytes + 1, littleEndian), 0xF1223344u);
+        EXPECT_EQ(bytes[0] | bytes[5], 9);
+    }
+    uint8_t bytes[6] = {1, 2, 3, 4, 5, 6};
+    FillMemory(bytes, 2, 0x1FF);
     CopyMemory(bytes + 1, bytes, 4);
-    EXPECT_EQ(GETDWORD(bytes, 1), 0xFFFFFFFFu);
-    ZeroMemory(bytes, 5);
+    CopyMemory(bytes, bytes + 5, -1);
+    EXPECT_EQ(std::string(bytes, bytes + 6), "\xFF\xFF\xFF\x03\x04\x06");
+    ZeroMemory(bytes, 2);
     ZeroMemory(bytes, -1);
-    EXPECT_EQ(GETDWORD(bytes, 1), 0u);
+    EXPECT_EQ(GETDWORD(bytes, 0), 0xFF03u);
+}
+
+TEST(Memory, HandlesAreTheirOwnAddresses)
+{
+    char data[8];
+    EXPECT_OUTCOME(GlobalLock(data), data, kUnchanged);
+    EXPECT_LAST_ERROR(GlobalUnlock(data), kUnchanged);
+    EXPECT_OUTCOME(GlobalHandle(data), data, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GlobalFlags(data), 0, ERROR_SUCCESS);
+    EXPECT_OUTCOME(GlobalSize(nullptr), 0, kUnchanged);
+    EXPECT_LAST_ERROR(GlobalFree(nullptr), kUnchanged);
+}
+
+TEST(Threads, HaveTheNumberThatThePlatformGives)
+{
+    EXPECT_OUTCOME(GetCurrentThreadId(), pthread_self(), kUnchanged);
 }
 
 } // namespace

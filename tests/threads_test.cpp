@@ -138,6 +138,62 @@ TEST(Thread, IsWaitedForOnceIfJoinable)
     }
 }
 
+void *EndAtOnce(void *)
+{
+    return nullptr;
+}
+
+void *WaitForIt(void *handle)
+{
+    WaitForSingleObject(handle, INFINITE);
+    return nullptr;
+}
+
+HANDLE StartWaiting(HANDLE handle, UINT_PTR *id = nullptr)
+{
+    HANDLE thread = CreateThread(nullptr, 0, WaitForIt, handle, CREATE_JOINABLE, id);
+    Sleep(30);
+    return thread;
+}
+
+TEST(Thread, SecondWaitIsNotForAnotherOnTheSameStack)
+{
+    StartedLibrary library;
+    UINT_PTR firstId = 0, id = 0;
+    HANDLE first = CreateThread(nullptr, 0, EndAtOnce, nullptr, CREATE_JOINABLE, &firstId);
+    ExpectWaited(first);
+    HANDLE semaphore = CreateSemaphore(nullptr, 0, 1, nullptr);
+    std::vector<HANDLE> others;
+    while (id != firstId && others.size() < 20)
+        others.push_back(StartWaiting(semaphore, &id));
+    EXPECT_EQ(id, firstId);
+    ExpectWaitRefused(first);
+    for (HANDLE other : others) {
+        ReleaseSemaphore(semaphore, 1, nullptr);
+        EXPECT_EQ(CloseHandle(other), TRUE);
+    }
+    EXPECT_EQ(CloseHandle(first), TRUE);
+}
+
+TEST(Thread, CancelledWaitIsAsIfItHadNotBeen)
+{
+    StartedLibrary library;
+    HANDLE semaphore = CreateSemaphore(nullptr, 0, 1, nullptr);
+    HANDLE thread = StartWaiting(semaphore);
+    UINT_PTR id = 0;
+    HANDLE cancelled = StartWaiting(thread, &id);
+    ExpectWaitRefused(thread);
+    pthread_cancel(id);
+    ExpectWaited(cancelled);
+    HANDLE next = StartWaiting(thread);
+    ExpectWaitRefused(thread);
+    EXPECT_EQ(CloseHandle(thread), TRUE); // the wait goes on without the handle
+    ReleaseSemaphore(semaphore, 1, nullptr);
+    ExpectWaited(next);
+    for (HANDLE handle : {cancelled, next, semaphore})
+        EXPECT_EQ(CloseHandle(handle), TRUE);
+}
+
 TEST(Thread, ManyEndWhileOthersWait)
 {
     StartedLibrary library;

@@ -1,12 +1,15 @@
 // The clock and the zone in force, as a host sees them.
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <string>
 #include <sys/time.h>
 #include <thread>
 #include <vector>
 
 #include "support/library.h"
+#include "time/time_zone.h"
 #include "wexelxi.h"
 
 namespace {
@@ -66,6 +69,41 @@ TEST(TimeZone, IsFoundByAbbreviationOffsetAndDaylight)
         EXPECT_EQ(memcmp(&zone, &expected, sizeof zone), 0)
             << row.zone << " gives " << zone.Bias << " and " << zone.StandardName;
     }
+}
+
+// Every twenty minutes of a year, the changes of the clock among them.
+TEST(TimeZone, OffsetIsThatOfTheFieldsReadBack)
+{
+    for (const char *zone : {"CET-1CEST,M3.5.0,M10.5.0/3", "EST5EDT,M3.2.0,M11.1.0", "IST-5:30",
+                             "LHST-10:30LHDT-11,M10.1.0,M4.1.0", "NZST-12NZDT,M9.5.0,M4.1.0/3"}) {
+        setenv("TZ", zone, 1);
+        tzset();
+        for (time_t now = 1735689600; now < 1735689600 + 365 * 86400; now += 1200) {
+            tm local, utc;
+            localtime_r(&now, &local);
+            gmtime_r(&now, &utc);
+            utc.tm_isdst = local.tm_isdst;
+            ASSERT_EQ(wexelxi::SecondsEast(now, local), now - mktime(&utc)) << zone << " " << now;
+        }
+    }
+}
+
+// The zone reads "TZ" without the global lock, and the environment moves as it grows.
+TEST(TimeZone, BearsAChangingEnvironment)
+{
+    std::atomic<bool> done = false;
+    std::thread writer([&] {
+        for (int i = 0; i < 3000; i++)
+            SetEnvironmentVariable(("WEXEL" + std::to_string(i)).c_str(), "x");
+        done = true;
+    });
+    setenv("TZ", "IST-2", 1);
+    while (!done) {
+        TIME_ZONE_INFORMATION zone;
+        RtlQueryTimeZoneInformation(&zone);
+        ASSERT_EQ(zone.Bias, -120);
+    }
+    writer.join();
 }
 
 TEST(TimeZone, IsTheSameForManyThreads)

@@ -9,11 +9,15 @@
 
 using namespace wexelxi;
 
-static pthread_mutex_t *MutexOf(CRITICAL_SECTION *section)
+namespace {
+
+pthread_mutex_t *MutexOf(CRITICAL_SECTION *section)
 {
     return section ? static_cast<pthread_mutex_t *>(__atomic_load_n(section, __ATOMIC_ACQUIRE))
                    : nullptr;
 }
+
+} // namespace
 
 void InitializeCriticalSection(CRITICAL_SECTION *section)
 {

@@ -1,5 +1,7 @@
 // Threads: how they start, and the one kind of wait, for a thread's end or for a semaphore.
 #include <cerrno>
+#include <cstdlib>
+#include <optional>
 #include <pthread.h>
 #include <sched.h>
 
@@ -9,6 +11,56 @@
 #include "wexelxi/threads.h"
 
 using namespace wexelxi;
+
+namespace {
+
+bool WaitForSemaphore(sem_t *semaphore)
+{
+    while (sem_wait(semaphore) != 0) {
+        if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
+bool Step(HandleRecord *record, uint32_t from, uint32_t to)
+{
+    return __atomic_compare_exchange_n(&record->join, &from, to, false, __ATOMIC_ACQ_REL,
+                                       __ATOMIC_ACQUIRE);
+}
+
+// A thread is joined once, so the first wait claims that before it begins. A wait that ends without
+// the join, because it was cancelled too, gives the claim back.
+class JoinClaim {
+public:
+    explicit JoinClaim(HandleRecord *record)
+        : record_(!pthread_equal(record->thread, pthread_self()) &&
+                          Step(record, JOIN_FREE, JOIN_CLAIMED)
+                      ? record
+                      : nullptr)
+    {
+    }
+    ~JoinClaim()
+    {
+        if (record_ && !Step(record_, JOIN_CLAIMED, isJoined_ ? JOIN_OVER : JOIN_FREE))
+            free(record_);
+    }
+    JoinClaim(const JoinClaim &) = delete;
+    JoinClaim &operator=(const JoinClaim &) = delete;
+
+    bool IsGranted() const { return record_; }
+    bool Join()
+    {
+        isJoined_ = pthread_join(record_->thread, nullptr) == 0;
+        return isJoined_;
+    }
+
+private:
+    HandleRecord *record_; // null if the claim is another's
+    bool isJoined_ = false;
+};
+
+} // namespace
 
 HANDLE CreateThread(LPVOID attributes, uint32_t stackSize, THREAD_START_ROUTINE routine,
                     LPVOID argument, uint32_t flags, UINT_PTR *threadId)
@@ -21,7 +73,7 @@ HANDLE CreateThread(LPVOID attributes, uint32_t stackSize, THREAD_START_ROUTINE 
         return FailWith<HANDLE>(ERROR_GEN_FAILURE, nullptr);
     if (!(flags & CREATE_JOINABLE)) {
         pthread_detach(record->thread);
-        record->detached = 1;
+        record->join = JOIN_OVER;
     }
     SetLastError(ERROR_SUCCESS);
     if (threadId)
@@ -29,47 +81,21 @@ HANDLE CreateThread(LPVOID attributes, uint32_t stackSize, THREAD_START_ROUTINE 
     return record.release();
 }
 
-static bool WaitForSemaphore(sem_t *semaphore)
-{
-    while (sem_wait(semaphore) != 0) {
-        if (errno != EINTR)
-            return false;
-    }
-    return true;
-}
-
-// A thread is joined once. The first wait claims that before it begins, so that a second one fails
-// instead of joining a thread that is gone, and the record may be closed while the wait lasts.
-static bool ClaimJoin(HandleRecord *record)
-{
-    if (record->detached || pthread_equal(record->thread, pthread_self()))
-        return false;
-    record->detached = 1;
-    return true;
-}
-
-static bool CanWait(HandleRecord *record, uint32_t timeout)
-{
-    if (!record || timeout != INFINITE)
-        return false;
-    return record->kind == HANDLE_THREAD ? ClaimJoin(record) : record->kind == HANDLE_SEMAPHORE;
-}
-
 uint32_t WaitForSingleObject(HANDLE handle, uint32_t timeout)
 {
     HandleRecord *record = HandleToRecord(handle);
-    bool isThread = false;
-    pthread_t thread = {};
+    std::optional<JoinClaim> claim;
     {
         LockScope lock;
-        if (!CanWait(record, timeout))
+        if (!record || timeout != INFINITE)
             return FailWith(ERROR_GEN_FAILURE, WAIT_FAILED);
-        isThread = record->kind == HANDLE_THREAD;
-        if (isThread)
-            thread = record->thread;
+        if (record->kind == HANDLE_THREAD)
+            claim.emplace(record);
+        if (claim ? !claim->IsGranted() : record->kind != HANDLE_SEMAPHORE)
+            return FailWith(ERROR_GEN_FAILURE, WAIT_FAILED);
     }
     // The lock is given back, one level of it, for as long as the wait lasts.
-    if (isThread ? pthread_join(thread, nullptr) == 0 : WaitForSemaphore(&record->sem)) {
+    if (claim ? claim->Join() : WaitForSemaphore(&record->sem)) {
         SetLastError(ERROR_SUCCESS);
         return WAIT_OBJECT_0;
     }

@@ -9,31 +9,35 @@
 
 using namespace wexelxi;
 
-static timeval Now()
+namespace {
+
+timeval Now()
 {
     timeval now;
     gettimeofday(&now, nullptr);
     return now;
 }
 
-static int64_t ToTicks(const FILETIME *instant)
+int64_t ToTicks(const FILETIME *instant)
 {
     int64_t ticks;
     memcpy(&ticks, instant, sizeof ticks);
     return ticks;
 }
 
-static void StoreTicks(int64_t ticks, FILETIME *instant)
+void StoreTicks(int64_t ticks, FILETIME *instant)
 {
     memcpy(instant, &ticks, sizeof ticks);
 }
 
-static SYSTEMTIME SystemTimeFromTicks(int64_t ticks)
+SYSTEMTIME SystemTimeFromTicks(int64_t ticks)
 {
     const CalendarFields fields = CalendarFromTicks(ticks);
     return {fields.year, fields.month,  fields.dayOfWeek, fields.day,
             fields.hour, fields.minute, fields.second,    fields.millisecond};
 }
+
+} // namespace
 
 int32_t NtQuerySystemTime(int64_t *ticks)
 {

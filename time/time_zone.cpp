@@ -2,43 +2,57 @@
 #include <cstring>
 #include <ctime>
 
+#include "modules/environment.h"
 #include "time/calendar.h"
+#include "time/time_zone.h"
 #include "time/time_zone_table.h"
 #include "wexelxi/time.h"
 
 using namespace wexelxi;
 
-// Local time at `now`, by "TZ" as it stands: localtime_r alone may keep an earlier one.
-static tm LocalTimeOf(time_t now)
+namespace {
+
+tm LocalTimeAt(time_t when)
 {
-    tzset();
     tm local;
-    localtime_r(&now, &local);
+    localtime_r(&when, &local);
     return local;
 }
 
-// Minutes, UTC minus local time: UTC's fields read back as local time lie that far from now.
-static int32_t BiasAt(time_t now, int isDaylight)
+bool HasName(const char *abbreviation)
 {
+    constexpr size_t kLongest = 6;
+    const size_t length = strnlen(abbreviation, kLongest + 1);
+    return length > 0 && length <= kLongest;
+}
+
+} // namespace
+
+// UTC's fields, read back as local time in the daylight state of now, lie that far from now. Where
+// no clock is changed in between, that is the offset of now.
+int32_t wexelxi::SecondsEast(time_t now, const tm &local)
+{
+    const tm readBack = LocalTimeAt(now - local.tm_gmtoff);
+    if (readBack.tm_gmtoff == local.tm_gmtoff && readBack.tm_isdst == local.tm_isdst)
+        return static_cast<int32_t>(local.tm_gmtoff);
     tm utc;
     gmtime_r(&now, &utc);
-    utc.tm_isdst = isDaylight;
-    const auto secondsEast = static_cast<int32_t>(now - mktime(&utc));
-    return secondsEast / -60;
+    utc.tm_isdst = local.tm_isdst;
+    return static_cast<int32_t>(now - mktime(&utc));
 }
 
 int32_t RtlQueryTimeZoneInformation(TIME_ZONE_INFORMATION *zone)
 {
     *zone = {};
     const time_t now = time(nullptr);
-    const tm local = LocalTimeOf(now);
-    zone->Bias = BiasAt(now, local.tm_isdst);
+    const std::scoped_lock environment(gEnvironmentLock);
+    tzset(); // localtime_r alone may keep an earlier "TZ"
+    const tm local = LocalTimeAt(now);
+    zone->Bias = SecondsEast(now, local) / -60;
     zone->DaylightBias = -60;
-
-    char abbreviation[7];
-    if (strftime(abbreviation, sizeof abbreviation, "%Z", &local) == 0)
+    if (!HasName(local.tm_zone))
         return 0;
-    if (const TimeZoneRow *row = FindTimeZone(abbreviation, zone->Bias, local.tm_isdst))
+    if (const TimeZoneRow *row = FindTimeZone(local.tm_zone, zone->Bias, local.tm_isdst))
         memcpy(zone->StandardName, row->name, sizeof zone->StandardName);
     return 0;
 }
