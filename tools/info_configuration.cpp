@@ -145,6 +145,8 @@ Value DescribeSettings(const Session &)
 Faults CheckConfiguration(const Session &session)
 {
     Faults faults;
+    if (!session.place().isHosts)
+        return faults;
     const std::string folderFault = FolderFault(FolderOf(session));
     if (!folderFault.empty())
         faults.push_back(FolderOf(session) + ": " + folderFault);

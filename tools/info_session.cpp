@@ -63,6 +63,7 @@ Place FindPlace(const Options &options)
         place.folderFrom = "the variable WEXELXIDIR";
     } else {
         place.folder = place.host.substr(0, place.host.rfind('/'));
+        place.isHosts = !options.host.empty();
         place.folderFrom = options.host.empty() ? "this command's folder; a host takes its own"
                                                 : "the host program's folder";
     }

@@ -13,6 +13,7 @@ struct Place {
     std::string folder;     // the configuration folder
     std::string folderFrom; // what decided about it
     std::string file;       // the configuration file
+    bool isHosts = true;    // whether it is a host's, and not where this command stands
 };
 
 Place FindPlace(const Options &options);
