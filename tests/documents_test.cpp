@@ -205,6 +205,7 @@ TEST(Merge, PassesTheHeadFieldByField)
         {-9, 999, 600, from, to, "FFo---sc--cd--c", 0},
         {9, 256, 516, {}, to, "FFopppsc--cd--c", 0},
         {9, 256, 516, from, {}, "FFo---sc--cd--c", 0},
+        {9, 256, 410, from, to, "FFopppscb------", 259},
         {9, 256, 409, from, to, "FFopppsc-------", 0},
         {9, 256, 399, from, to, "FFo------------", 0},
         {9, 256, 20, from, to, "---------------", 0},

@@ -229,8 +229,11 @@ TEST_F(Printers, CapabilityNumbers)
     EXPECT_OUTCOME(OpenPrinterPPD("bad", &printer), -1, ERROR_INVALID_DATA);
     EXPECT_EQ(printer, nullptr);
     EXPECT_LAST_ERROR(UpdatePPD("bad", nullptr, TestRecord().get()), ERROR_INVALID_DATA);
-    cups.ReplacePPD("bad", ReadWholeFile(TEST_SOURCES "/ppd/empty.ppd"));
-    EXPECT_EQ(Ask("bad", DC_PAPERS), 69) << "a failure is not remembered";
+    std::string text = ReadWholeFile(TEST_SOURCES "/ppd/odd.ppd");
+    cups.ReplacePPD("bad",
+                    text.erase(text.find("*InputSlot Tray2"), strlen("*InputSlot Tray2: \"\"\n")));
+    EXPECT_EQ(Ask("bad", DC_BINS), 2) << "a failure is not remembered";
+    EXPECT_EQ(Name(GetBinName, SettingsOf("bad")), "Automatic") << "two bins have names";
 }
 
 TEST_F(Printers, AreAskedAboutOnce)
