@@ -193,32 +193,59 @@ TEST_F(Trace, EndsAsTheHost)
     EXPECT_EQ(RunHost("-e none", "Die"), 143);
 }
 
-// The device's end of a line: it answers one question.
-std::string Answer(int master)
-{
-    std::string question;
-    char byte;
-    pollfd ready = {master, POLLIN, 0};
-    while (!question.ends_with('\n') && poll(&ready, 1, 5000) == 1 && read(master, &byte, 1) == 1)
-        question += byte;
-    EXPECT_EQ(write(master, "a device\n", 9), 9);
-    return question;
-}
+// The far end of a line that stands behind COM1 of the folder's configuration.
+class Device {
+public:
+    explicit Device(const ScratchFolder &folder)
+    {
+        EXPECT_EQ(grantpt(master_) + unlockpt(master_), 0);
+        WriteWholeFile(folder.file("wexelxi.ini"),
+                       "[Ports]\r\nCOM1=" + std::string(ptsname(master_)) + ",rs232\r\n");
+        setenv("WEXELXIDIR", folder.path().c_str(), 1);
+    }
+    ~Device() { close(master_); }
+
+    // Reads up to an end, and answers.
+    std::string Converse(const std::string &end, const std::string &answer) const
+    {
+        std::string heard;
+        char byte;
+        pollfd ready = {master_, POLLIN, 0};
+        while (!heard.ends_with(end) && poll(&ready, 1, 5000) == 1 && read(master_, &byte, 1) == 1)
+            heard += byte;
+        EXPECT_EQ(write(master_, answer.data(), answer.size()),
+                  static_cast<ssize_t>(answer.size()));
+        return heard;
+    }
+
+private:
+    const int master_ = posix_openpt(O_RDWR | O_NOCTTY);
+};
 
 TEST_F(Trace, SeesASerialClientDoItsWorkWithoutFault)
 {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_EQ(grantpt(master) + unlockpt(master), 0);
-    WriteWholeFile(folder_.file("wexelxi.ini"),
-                   "[Ports]\r\nCOM1=" + std::string(ptsname(master)) + ",rs232\r\n");
-    setenv("WEXELXIDIR", folder_.path().c_str(), 1);
+    const Device device(folder_);
     std::string question;
-    std::thread device([&] { question = Answer(master); });
+    std::thread conversation([&] { question = device.Converse("\n", "a device\n"); });
     EXPECT_EQ(Run(TRACE " --check --error-exitcode=9 " SERIAL_CLIENT " COM1"), 0);
-    device.join();
+    conversation.join();
     EXPECT_EQ(question, "*IDN?\r\n");
     EXPECT_EQ(written_, "a device\n");
-    close(master);
+}
+
+TEST_F(Trace, FindsNothingInTheExampleHost)
+{
+    const Device device(folder_);
+    const std::string job = folder_.file("job.ini");
+    WriteWholeFile(job, ReadWholeFile(EXAMPLE_JOB));
+    std::thread conversation([&] { device.Converse("Auftrag.\r\n", ""); });
+    EXPECT_EQ(Run("CUPS_SERVER=/no/such/socket " TRACE " -o " + folder_.file("report") +
+                  " --check --error-exitcode=9 " EXAMPLE_HOST " --job " + job + " --out " +
+                  folder_.path()),
+              0)
+        << written_;
+    conversation.join();
+    EXPECT_EQ(ReadWholeFile(folder_.file("report")), "");
 }
 
 } // namespace

@@ -34,7 +34,7 @@ std::string FindCompanion()
     char self[PATH_MAX] = "";
     if (readlink("/proc/self/exe", self, sizeof self - 1) < 0)
         return "";
-    const std::string folder(self, strrchr(self, '/') - self + 1);
+    const std::string folder(self, strrchr(self, '/') + 1);
     for (const char *place : {"", "../" WEXELXI_LIBDIR "/wexelxi/"}) {
         const std::string path = folder + place + "wexelxi-trace.so";
         if (access(path.c_str(), R_OK) == 0)
