@@ -1,10 +1,13 @@
-// Any bytes as the configuration file, read by everybody who reads it: no answer passes its room,
-// each is a whole text, and a key that is written is kept with all that stood around it.
+// Any bytes in front of a first start's configuration file, read by everybody who reads it: no
+// answer passes its room, each is a whole text, and a key that is written is kept with all that
+// stood around it.
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 
 #include "wexelxi.h"
@@ -12,6 +15,7 @@
 namespace {
 
 std::string gFolder;
+std::string gFirstStart; // what it writes, so that few inputs make every key be written anew
 
 void Check(bool holds)
 {
@@ -32,13 +36,17 @@ void UseFolderOfOurOwn()
     gFolder = name;
     SetWexelXiFolder(name);
     atexit(RemoveFolder);
+    gLoadPref();
+    gFreePref();
+    std::ifstream file(gFolder + "/wexelxi.ini", std::ios::binary);
+    gFirstStart.assign(std::istreambuf_iterator<char>(file), {});
+    Check(!gFirstStart.empty());
 }
 
-void PutConfiguration(const uint8_t *data, size_t size)
+void PutConfiguration(const char *data, size_t size)
 {
-    FILE *file = fopen((gFolder + "/wexelxi.ini").c_str(), "w");
-    Check(file && fwrite(data, 1, size, file) == size);
-    fclose(file);
+    std::ofstream file(gFolder + "/wexelxi.ini", std::ios::binary);
+    file << std::string_view(data, size) << "\r\n" << gFirstStart;
 }
 
 void ReadKeys()
@@ -84,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     if (gFolder.empty())
         UseFolderOfOurOwn();
-    PutConfiguration(data, size);
+    PutConfiguration(reinterpret_cast<const char *>(data), size);
     TermIni();
     ReadKeys();
     ReadPorts();

@@ -94,6 +94,11 @@ void *operator new(size_t bytes)
     return block ? block : throw std::bad_alloc();
 }
 
+void *operator new(size_t bytes, const std::nothrow_t &) noexcept
+{
+    return malloc(bytes);
+}
+
 void operator delete(void *block) noexcept
 {
     free(block);
