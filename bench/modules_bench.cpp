@@ -91,7 +91,7 @@ void ThreadRows()
     const auto nothing = [](void *) -> void * { return nullptr; };
     Row("CreateThread, wait, CloseHandle", "a thread of the platform", Ours([=] {
             UINT_PTR id = 0;
-            HANDLE thread = CreateThread(nullptr, 0, nothing, nullptr, 0, &id);
+            HANDLE thread = CreateThread(nullptr, 0, nothing, nullptr, CREATE_JOINABLE, &id);
             WaitForSingleObject(thread, 0xFFFFFFFF);
             CloseHandle(thread);
         }),
@@ -102,7 +102,7 @@ void ThreadRows()
                pthread_join(thread, nullptr);
            }),
         {Do("libstdc++ thread", [] { std::thread([] {}).join(); })});
-    HANDLE semaphore = CreateSemaphore(nullptr, 0, 1000, nullptr);
+    HANDLE semaphore = CreateSemaphore(nullptr, 0, 0, nullptr);
     sem_t platform;
     sem_init(&platform, 0, 0);
     Row("ReleaseSemaphore + WaitForSingleObject", "lock, the platform's semaphore", Ours([=] {
@@ -118,11 +118,12 @@ void ThreadRows()
     const double before = ResidentBytes();
     for (int i = 0; i < kThreads; i++) {
         UINT_PTR id = 0;
-        threads.push_back(CreateThread(nullptr, 0, Idle, semaphore, 0, &id));
+        threads.push_back(CreateThread(nullptr, 0, Idle, semaphore, CREATE_JOINABLE, &id));
     }
     Sleep(100); // all of them wait
     Memory("a thread that waits", (ResidentBytes() - before) / kThreads);
-    ReleaseSemaphore(semaphore, kThreads, nullptr);
+    for (int i = 0; i < kThreads; i++) // by one, whatever the count says
+        ReleaseSemaphore(semaphore, 1, nullptr);
     for (HANDLE thread : threads) {
         WaitForSingleObject(thread, 0xFFFFFFFF);
         CloseHandle(thread);
