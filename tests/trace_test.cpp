@@ -9,6 +9,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "support/private_fonts.h"
 #include "support/scratch.h"
 
 namespace {
@@ -17,6 +18,12 @@ const char kHost[] = FAULTY_HOST;
 
 class Trace : public testing::Test {
 protected:
+    Trace()
+    {
+        fonts_.Add("DejaVuSans.ttf");
+        fonts_.Add("DejaVuSans-Bold.ttf");
+    }
+
     // The status of a command, by signal as the shell tells it; its output and errors are kept.
     int Run(const std::string &command)
     {
@@ -36,6 +43,7 @@ protected:
         return static_cast<size_t>(
             std::distance(std::sregex_iterator(written_.begin(), written_.end(), expression), {}));
     }
+    PrivateFonts fonts_;
     ScratchFolder folder_;
     std::string written_;
 };
@@ -50,6 +58,7 @@ const FaultRow kFaults[] = {
     {"LeakSemaphore", "never ended: semaphore 0x\\w+, made by CreateSemaphore at "},
     {"LeakBlock", "never ended: block 0x\\w+, made by GlobalAlloc at .*\\(3 of them\\)$"},
     {"LeakSearch", "never ended: search 0x\\w+, made by FindFirstFile at "},
+    {"LeakFont", "never ended: font 0x\\w+, made by CreateFont at "},
     {"LeakContext", "never ended: device context 0x\\w+, made by CreateIC at "},
     {"LeakResource", "never ended: resource 0x\\w+, made by FindResource at "},
     {"LeakModule", "never ended: module reference 0x\\w+, made by LoadLibrary at "},

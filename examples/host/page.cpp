@@ -1,6 +1,7 @@
 #include "page.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "../plugin/report.h"
 #include "host.h"
@@ -38,13 +39,12 @@ constexpr int kInset = 150;
 class Page {
 public:
     Page(const Paper &paper, const std::string &family)
-        : paper_(paper), family_(family), dc_(CreateDC(nullptr, nullptr, nullptr, nullptr)),
-          body_(dc_, family, 10, 400), title_(dc_, family, 16, 700), y_(paper.margins.top + kInset)
+        : paper_(paper), family_(family),
+          dc_(CreateDC(nullptr, nullptr, nullptr, nullptr), DeleteDC),
+          body_(dc_.get(), family, 10, 400), title_(dc_.get(), family, 16, 700),
+          y_(paper.margins.top + kInset)
     {
     }
-    ~Page() { DeleteDC(dc_); }
-    Page(const Page &) = delete;
-    Page &operator=(const Page &) = delete;
 
     enum class Style { Body, Title };
 
@@ -88,15 +88,15 @@ private:
     SIZE Measure(const std::string &text, Style style)
     {
         SIZE size = {};
-        SelectObject(dc_, Of(style).get());
-        GetTextExtentPoint32(dc_, text.c_str(), static_cast<int32_t>(text.size()), &size);
+        SelectObject(dc_.get(), Of(style).get());
+        GetTextExtentPoint32(dc_.get(), text.c_str(), static_cast<int32_t>(text.size()), &size);
         return size;
     }
     TEXTMETRIC Metrics(Style style)
     {
         TEXTMETRIC metrics;
-        SelectObject(dc_, Of(style).get());
-        GetTextMetrics(dc_, &metrics);
+        SelectObject(dc_.get(), Of(style).get());
+        GetTextMetrics(dc_.get(), &metrics);
         return metrics;
     }
 
@@ -143,7 +143,7 @@ private:
 
     const Paper &paper_;
     std::string family_;
-    HDC dc_;
+    std::unique_ptr<void, decltype(&DeleteDC)> dc_; // ends also when a font fails
     Font body_, title_;
     int y_;
     std::string marks_;

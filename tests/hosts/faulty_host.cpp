@@ -28,6 +28,13 @@ HANDLE Open()
                       nullptr);
 }
 
+HFONT MakeFont()
+{
+    LOGFONT wanted = {};
+    strcpy(wanted.lfFaceName, "DejaVu Sans");
+    return CreateFontIndirect(&wanted);
+}
+
 void *Nothing(void *)
 {
     return nullptr;
@@ -92,7 +99,8 @@ FAULT Clean()
     GlobalSize(gWEXELfullPath); // the library's own block
     CloseHandle(nullptr);
     CloseHandle(INVALID_HANDLE_VALUE);
-    gGeneralFont = CreateFontIndirect(new LOGFONT{});
+    DeleteObject(MakeFont());
+    gGeneralFont = MakeFont(); // FreeLib ends it
 }
 FAULT LeakFile()
 {
@@ -122,9 +130,7 @@ FAULT LeakSearch()
 }
 FAULT LeakFont()
 {
-    LOGFONT wanted = {};
-    strcpy(wanted.lfFaceName, "DejaVu Sans");
-    CreateFontIndirect(&wanted);
+    CreateFont(10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, "DejaVu Sans");
     HERE;
 }
 FAULT LeakContext()
