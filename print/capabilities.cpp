@@ -46,10 +46,12 @@ int32_t RowOrFirst(int32_t row, int32_t count)
     return row >= 0 && row < count ? row : 0;
 }
 
-// False for a damaged record whose head ends in front of the fields of paper and bin.
+// False for a damaged record whose head ends in front of the fields of paper and bin. One that tells
+// no size is the host's own, which it fills as it likes.
 bool HoldsPaperAndBin(const DEVMODE *record)
 {
-    return RecordView(record).headBytes() >= offsetof(DEVMODE, dmPrintQuality);
+    return RecordBytes(record) == 0 ||
+           RecordView(record).headBytes() >= offsetof(DEVMODE, dmPrintQuality);
 }
 
 // The first row of that code, which is signed while the rows are not: a negative one has no row.

@@ -121,19 +121,21 @@ TEST_F(NoScheduler, HasNoPrintersAndAnswersForAny)
     EXPECT_EQ(Name(GetPaperName, settings), "");
 }
 
-// A record that is cut short in its head, at the end of its memory; one that holds its bin just.
+// A record that is cut short in its head, at the end of its memory; one that holds its bin just; and
+// a host's own that tells no size.
 TEST_F(NoScheduler, LeavesWhatAShortRecordLacks)
 {
     for (const size_t head : {0u, 392u, 409u, 410u}) {
-        std::string bytes(std::max<size_t>(head, 392) + 8, 'x');
+        const bool holds = head == 410 || head == 0;
+        std::string bytes(head == 0 ? 516 : head + 8, 'x');
         bytes.replace(388, 4, Number(static_cast<int64_t>(head), 4));
         const TestRecord record(bytes);
         UpdatePPD("none", nullptr, record.get());
         GetPaperFromIndex(Opened("none"), 1, record.get());
         GetBinFromIndex(Opened("none"), 1, record.get());
-        EXPECT_EQ(Name(GetPaperName, record) != "", head == 410);
+        EXPECT_EQ(Name(GetPaperName, record) != "", holds);
         EXPECT_EQ(Name(GetBinName, record), "");
-        EXPECT_EQ(record.bytes() != bytes, head == 410);
+        EXPECT_EQ(record.bytes() != bytes, holds);
     }
 }
 
