@@ -110,7 +110,7 @@ void SetLastErrorString(const char *text)
     // The copy comes first: the text may be the one that it replaces.
     char *copy = strdup(text ? text : "");
     char **slot = TextSlot();
-    if (!slot) {
+    if (!copy || !slot) {
         free(copy);
         return;
     }

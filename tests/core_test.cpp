@@ -228,8 +228,7 @@ TEST(LastError, IsPerThreadWithTextAndNumberApart)
         GetLastErrorString(text, row.size);
         EXPECT_STREQ(text, row.text) << row.size;
     }
-    SetLastErrorString(nullptr);
-    EXPECT_EQ(GetLastError(), 2u);
+    EXPECT_LAST_ERROR(SetLastErrorString(nullptr), kUnchanged);
 }
 
 TEST(LastError, TranslatesErrno)
@@ -272,9 +271,8 @@ uint64_t WordAt(const void *handle, ptrdiff_t offset)
 TEST(Memory, GuardsStandWhereTheFormatSays)
 {
     for (const int32_t size : {0, 1, 7, 8, 13, 16, 17, 1000}) {
-        SetLastError(99);
-        void *handle = GlobalAlloc(GLOBAL_ZEROFILL, size);
-        EXPECT_EQ(GetLastError(), 0u);
+        void *handle = nullptr;
+        EXPECT_LAST_ERROR((handle = GlobalAlloc(GLOBAL_ZEROFILL, size)), ERROR_SUCCESS);
         EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
         EXPECT_EQ(WordAt(handle, -8), static_cast<uint64_t>(size));
         EXPECT_EQ(WordAt(handle, (size & ~7) + 8), GLOBAL_TAIL_GUARD);
@@ -293,12 +291,10 @@ TEST(Memory, GuardsStandWhereTheFormatSays)
 TEST(Memory, RefusesImpossibleSizesAndKeepsTheOldBlock)
 {
     for (const int32_t size : {-1, INT32_MIN, INT32_MAX}) {
-        EXPECT_EQ(GlobalAlloc(0, size), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+        EXPECT_OUTCOME(GlobalAlloc(0, size), nullptr, ERROR_NOT_ENOUGH_MEMORY);
         void *handle = GlobalAlloc(0, 10);
         strcpy(static_cast<char *>(handle), "whole");
-        EXPECT_EQ(GlobalReAlloc(handle, size, 0), nullptr);
-        EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+        EXPECT_OUTCOME(GlobalReAlloc(handle, size, 0), nullptr, ERROR_NOT_ENOUGH_MEMORY);
         EXPECT_STREQ(static_cast<char *>(handle), "whole");
         EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
         EXPECT_EQ(WordAt(handle, 16), GLOBAL_TAIL_GUARD);

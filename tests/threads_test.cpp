@@ -6,31 +6,20 @@
 #include <thread>
 #include <vector>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
 
 namespace {
 
-// A refusal has last error 31 and leaves the lock free: else the other thread hangs.
-template <typename Result>
-void ExpectRefused(Result result, Result failure)
-{
-    EXPECT_EQ(result, failure);
-    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
-    SetLastError(0);
-    std::thread([] { SetErrorMode(0); }).join();
-}
-
 void ExpectWaitRefused(HANDLE handle, uint32_t timeout = INFINITE)
 {
-    ExpectRefused(WaitForSingleObject(handle, timeout), WAIT_FAILED);
+    EXPECT_OUTCOME(WaitForSingleObject(handle, timeout), WAIT_FAILED, ERROR_GEN_FAILURE);
 }
 
 void ExpectWaited(HANDLE handle)
 {
-    SetLastError(77);
-    EXPECT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
-    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_OUTCOME(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0, ERROR_SUCCESS);
 }
 
 // A thread that waits for a handle once it is told which, and says how that went.
@@ -73,7 +62,7 @@ TEST(Semaphore, CountsOneForEachRelease)
     HANDLE semaphore = CreateSemaphore(nullptr, 2, 0, nullptr);
     ExpectWaited(semaphore);
     ExpectWaited(semaphore);
-    EXPECT_EQ(ReleaseSemaphore(semaphore, 5, nullptr), TRUE);
+    EXPECT_OUTCOME(ReleaseSemaphore(semaphore, 5, nullptr), TRUE, ERROR_SUCCESS);
     ExpectWaitRefused(semaphore, 0); // no poll, and nothing is taken
     ExpectWaitRefused(semaphore, 1000);
     ExpectWaited(semaphore);
@@ -105,19 +94,26 @@ TEST(Handles, OfOtherKindsAndArgumentsAreRefused)
 {
     StartedLibrary library;
     int any = 0;
-    ExpectRefused(CreateSemaphore(&any, 0, 1, nullptr), HANDLE{});
-    ExpectRefused(CreateSemaphore(nullptr, 0, 1, ""), HANDLE{});
-    ExpectRefused(CreateSemaphore(nullptr, -1, 1, nullptr), HANDLE{});
-    ExpectRefused(CreateThread(&any, 0, Waiter::Run, nullptr, 0, nullptr), HANDLE{});
-    ExpectRefused(CreateThread(nullptr, 65536, Waiter::Run, nullptr, 0, nullptr), HANDLE{});
+    const auto semaphore = [](LPVOID attributes, int32_t count, const char *name) {
+        EXPECT_OUTCOME(CreateSemaphore(attributes, count, 1, name), nullptr, ERROR_GEN_FAILURE);
+    };
+    semaphore(&any, 0, nullptr);
+    semaphore(nullptr, 0, "");
+    semaphore(nullptr, -1, nullptr);
+    const auto thread = [](LPVOID attributes, uint32_t stackSize) {
+        EXPECT_OUTCOME(CreateThread(attributes, stackSize, Waiter::Run, nullptr, 0, nullptr),
+                       nullptr, ERROR_GEN_FAILURE);
+    };
+    thread(&any, 0);
+    thread(nullptr, 65536);
     HANDLE full = CreateSemaphore(nullptr, INT32_MAX, 1, nullptr);
     HANDLE file = CreateFile(library.folder.file("f").c_str(), GENERIC_WRITE, 0, nullptr,
                              CREATE_ALWAYS, 0, nullptr);
     for (HANDLE handle : {HANDLE{}, INVALID_HANDLE_VALUE, file}) {
         ExpectWaitRefused(handle);
-        ExpectRefused(ReleaseSemaphore(handle, 1, nullptr), BOOL{FALSE});
+        EXPECT_OUTCOME(ReleaseSemaphore(handle, 1, nullptr), FALSE, ERROR_GEN_FAILURE);
     }
-    ExpectRefused(ReleaseSemaphore(full, 1, nullptr), BOOL{FALSE});
+    EXPECT_OUTCOME(ReleaseSemaphore(full, 1, nullptr), FALSE, ERROR_GEN_FAILURE);
     CloseHandle(full);
     CloseHandle(file);
 }

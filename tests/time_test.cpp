@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/last_error.h"
 #include "support/library.h"
 #include "time/time_zone.h"
 #include "wexelxi.h"
@@ -133,19 +134,17 @@ TEST(Clock, TellsTheTimeHereAndThere)
     SYSTEMTIME time;
     for (const int32_t offset : {0, 86'400, -86'400, INT32_MAX, INT32_MIN}) {
         const int64_t start = NowInTicks();
-        SetLastError(77);
-        offset ? GetLocalTimeWithOffset(&time, offset) : GetLocalTime(&time);
+        EXPECT_LAST_ERROR(offset ? GetLocalTimeWithOffset(&time, offset) : GetLocalTime(&time),
+                          kUnchanged);
         EXPECT_TRUE(IsRecent(time, start, offset * kTicksPerSecond - 5 * kTicksPerHour)) << offset;
-        EXPECT_EQ(GetLastError(), 77u);
     }
     const int64_t start = NowInTicks();
-    GetSystemTime(&time);
+    EXPECT_LAST_ERROR(GetSystemTime(&time), ERROR_SUCCESS);
     EXPECT_TRUE(IsRecent(time, start, 0));
-    EXPECT_EQ(GetLastError(), 0u);
 
     FILETIME instant, local;
     UnixTimeToFileTime(0xFFFFFFFF, &instant);
-    EXPECT_EQ(FileTimeToLocalFileTime(&instant, &local), TRUE);
+    EXPECT_OUTCOME(FileTimeToLocalFileTime(&instant, &local), TRUE, kUnchanged);
     int64_t ticks;
     memcpy(&ticks, &local, sizeof ticks);
     EXPECT_EQ(ticks, 116444736000000000 + 0xFFFFFFFF * kTicksPerSecond - 5 * kTicksPerHour);
@@ -157,7 +156,7 @@ TEST(Clock, OrdersTheFieldsOfBothRecords)
     const FILETIME instant = {static_cast<uint32_t>(ticks), static_cast<uint32_t>(ticks >> 32)};
     SYSTEMTIME time;
     TIME_FIELDS fields;
-    EXPECT_EQ(FileTimeToSystemTime(&instant, &time), TRUE);
+    EXPECT_OUTCOME(FileTimeToSystemTime(&instant, &time), TRUE, kUnchanged);
     RtlTimeToTimeFields(&ticks, &fields);
     const uint16_t expectedTime[] = {1900, 2, 3, 28, 23, 59, 59, 999};
     const uint16_t expectedFields[] = {1900, 2, 28, 23, 59, 59, 999, 3};
