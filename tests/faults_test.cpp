@@ -238,6 +238,35 @@ const Scenario kScenarios[] = {
      },
      [] {}, ERROR_GEN_FAILURE},
 
+    {"store an error",
+     [] {
+         char text[8] = "";
+         SetLastErrorString("new");
+         GetLastErrorString(text, sizeof text);
+         void *record = TlsGetValue(gLastErrorTLS);
+         TlsSetValue(gLastErrorTLS, nullptr); // as on a new thread
+         SetLastError(ERROR_READ_FAULT);
+         const uint32_t number = GetLastError();
+         TlsSetValue(gLastErrorTLS, record);
+         const bool isOld = strcmp(text, "old") == 0;
+         if (!isOld && strcmp(text, "new") != 0)
+             abort();
+         SetLastError(isOld ? ERROR_NOT_ENOUGH_MEMORY : number);
+         return !isOld && number == ERROR_READ_FAULT;
+     },
+     [] { SetLastErrorString("old"); }},
+    {"convert a text",
+     [] {
+         char *utf8 = ConvertISO8859ToUtf8("\x80");
+         char *back = utf8 ? ConvertUtf8ToISO8859(utf8) : nullptr;
+         const bool works = back && strcmp(back, "\x80") == 0;
+         if (!works)
+             SetLastError(ERROR_NOT_ENOUGH_MEMORY); // the conversions store none
+         free(utf8);
+         free(back);
+         return works;
+     }},
+
     {"load a module",
      [] {
          HMODULE module = LoadLibrary(PLUGIN_FOLDER "/bare.dll");
