@@ -160,12 +160,12 @@ TEST_F(Modules, ThatAreMissingOrBrokenLeaveTheLoadersText)
     const std::pair<std::string, const char *> rows[] = {{Path("broken"), "gNobodyDefinesThis"},
                                                          {Path("missing"), "cannot open"},
                                                          {std::string(100000, 'n'), "nnnn"}};
-    for (const auto &[name, expected] : rows) {
+    for (const auto &row : rows) {
         char text[4096] = "";
         SetLastErrorString("stale");
-        EXPECT_OUTCOME(LoadLibrary(name.c_str()), nullptr, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(LoadLibrary(row.first.c_str()), nullptr, ERROR_GEN_FAILURE);
         GetLastErrorString(text, sizeof text);
-        EXPECT_NE(strstr(text, expected), nullptr) << text;
+        EXPECT_NE(strstr(text, row.second), nullptr) << text;
     }
     for (const char *name : {static_cast<const char *>(nullptr), ""})
         EXPECT_OUTCOME(LoadLibrary(name), nullptr, ERROR_SUCCESS);

@@ -248,14 +248,14 @@ TEST(RunningPrograms, AreFoundByTheirNames)
 {
     StartedLibrary library;
     prctl(PR_SET_NAME, "qzjx7");
-    const std::tuple<const char *, int32_t> rows[] = {
+    const std::pair<const char *, int32_t> rows[] = {
         {"/opt/Qzjx7/qzjx7.exe", 1},
         {"qzj", 0},  // the text holds the name, not the other way round
         {"qzjx", 0}, // the whole name
         {"qzjx8", 0},
         {"", 0}};
-    for (const auto &[text, runs] : rows)
-        EXPECT_OUTCOME(testForProgOpen_Unix(text), runs, kUnchanged) << text;
+    for (const auto &row : rows)
+        EXPECT_OUTCOME(testForProgOpen_Unix(row.first), row.second, kUnchanged) << row.first;
     EXPECT_FALSE(FileExists(library.folder.file("psrep")));
     setenv("PATH", "/no/such/folder", 1); // nor such a ps
     EXPECT_OUTCOME(testForProgOpen_Unix("/opt/qzjx7"), 0, kUnchanged);
