@@ -46,8 +46,8 @@ int32_t RowOrFirst(int32_t row, int32_t count)
     return row >= 0 && row < count ? row : 0;
 }
 
-// False for a damaged record whose head ends in front of the fields of paper and bin. One that tells
-// no size is the host's own, which it fills as it likes.
+// False for a damaged record whose head ends in front of the fields of paper and bin. One that
+// tells no size is the host's own, which it fills as it likes.
 bool HoldsPaperAndBin(const DEVMODE *record)
 {
     return RecordBytes(record) == 0 ||

@@ -121,8 +121,8 @@ TEST_F(NoScheduler, HasNoPrintersAndAnswersForAny)
     EXPECT_EQ(Name(GetPaperName, settings), "");
 }
 
-// A record that is cut short in its head, at the end of its memory; one that holds its bin just; and
-// a host's own that tells no size.
+// A record that is cut short in its head, at the end of its memory; one that holds its bin just;
+// and a host's own that tells no size.
 TEST_F(NoScheduler, LeavesWhatAShortRecordLacks)
 {
     for (const size_t head : {0u, 392u, 409u, 410u}) {
