@@ -103,14 +103,6 @@ void CheckGuards(uintptr_t handle, const Entry &entry, const Site &at)
                   handle, entry, at);
 }
 
-const Deed *FindDeed(CallIndex call, Verb verb)
-{
-    for (size_t i = 0; i < kDeedCount; i++)
-        if (kDeeds[i].call == call && kDeeds[i].verb == verb)
-            return &kDeeds[i];
-    return nullptr;
-}
-
 // A handle that a call is given, and whether the call is to end it.
 void CheckHandle(uintptr_t handle, uint32_t kinds, const Site &at, bool ends)
 {
@@ -171,8 +163,7 @@ void Make(uintptr_t handle, uint32_t kind, const Site &site)
 
 void MakeAll(CallIndex call, const void *caller, const uintptr_t *values, uintptr_t result)
 {
-    for (size_t i = 0; i < kDeedCount; i++) {
-        const Deed &deed = kDeeds[i];
+    for (const Deed &deed : Deeds()) {
         uintptr_t handle = result;
         if (deed.call != call || deed.verb != kMakes)
             continue;
@@ -271,11 +262,6 @@ void ReportAtExit()
 {
     const BookScope scope;
     NoteLeft(UINT32_MAX);
-}
-
-bool IsEnder(CallIndex call)
-{
-    return FindDeed(call, kEnds) != nullptr;
 }
 
 void TextFreed(const void *text)

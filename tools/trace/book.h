@@ -24,9 +24,6 @@ void AfterCall(const Visit &visit, CallIndex call, const uintptr_t *values,
 // Tells of what still lives when the process ends.
 void ReportAtExit();
 
-// Whether a call ends a handle or frees memory that an argument is.
-bool IsEnder(CallIndex call);
-
 // A text that the host frees with the platform's free; texts.cpp.
 void TextFreed(const void *text);
 bool SeesTextsFreed();

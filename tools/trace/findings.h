@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <tuple>
 
 #include "tools/trace/catalogue.h"
 
@@ -11,7 +12,10 @@ namespace trace {
 struct Site {
     CallIndex call = kCallCount; // none
     const void *caller = nullptr;
-    auto operator<=>(const Site &) const = default;
+    bool operator<(const Site &other) const
+    {
+        return std::tie(call, caller) < std::tie(other.call, other.caller);
+    }
 };
 
 struct Finding {

@@ -99,8 +99,18 @@ const CallIndex kAlwaysAllowed[] = {kSetWinString, kCloseHandle, k_lclose, kFree
 
 } // namespace
 
-const Deed *const kDeeds = kRows;
-const size_t kDeedCount = std::size(kRows);
+std::span<const Deed> Deeds()
+{
+    return kRows;
+}
+
+const Deed *FindDeed(CallIndex call, Verb verb)
+{
+    for (const Deed &deed : kRows)
+        if (deed.call == call && deed.verb == verb)
+            return &deed;
+    return nullptr;
+}
 
 const char *KindName(uint32_t kind)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "tools/trace/catalogue.h"
 
@@ -32,9 +33,10 @@ struct Deed {
     uintptr_t failure = 0; // the result of a call that made or ended nothing
 };
 
-// The deeds of all calls, one behind the other.
-extern const Deed *const kDeeds;
-extern const size_t kDeedCount;
+std::span<const Deed> Deeds();
+
+// The call's deed of that verb, of which there is one at most but for makers; or null.
+const Deed *FindDeed(CallIndex call, Verb verb);
 
 // The kinds that an argument may be of; 0 where it is no handle, or none that is looked at.
 uint32_t KindsOfArgument(CallIndex call, size_t index);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "tools/trace/book.h"
+#include "tools/trace/kinds.h"
 #include "tools/trace/settings.h"
 
 namespace trace {
@@ -125,7 +125,7 @@ bool IsToldBefore(CallIndex call, size_t index)
     const Parameter &parameter = kSignatures[call].parameters[index];
     const bool isWritten =
         parameter.isText() || parameter.isPointer() || parameter.name == "buffer";
-    return parameter.isConst() || !isWritten || IsEnder(call);
+    return parameter.isConst() || !isWritten || FindDeed(call, kEnds);
 }
 
 void AddArgument(Line &line, CallIndex call, size_t index, const uintptr_t *values)

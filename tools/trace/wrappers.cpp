@@ -40,12 +40,14 @@ void *Real(CallIndex call)
 
 } // namespace trace
 
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define CALL(family, result, name, parameters, arguments)                             \
     result name parameters                                                            \
     {                                                                                 \
         return trace::Pass<decltype(&::name)>{trace::k##name,                         \
                                               __builtin_return_address(0)} arguments; \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 #define VARIADIC(...)
 #include "tools/trace/calls.def"
 
