@@ -107,8 +107,10 @@ BOOL CopyFile(const char *source, const char *target, BOOL failIfExists)
     SetLastError(ERROR_SUCCESS);
     if (failIfExists && OpensAsExisting(target))
         return Fail(ERROR_FILE_EXISTS);
-    // What could not be asked may be there, and so may what another process makes meanwhile.
-    const bool mustBeNew = failIfExists && !IsDanglingLink(target);
+    // What could not be asked may be there, and so may what another process makes meanwhile; what
+    // may not be read does not open for the copy either.
+    const bool mustBeNew =
+        failIfExists && GetLastError() != ERROR_ACCESS_DENIED && !IsDanglingLink(target);
     const uint32_t attributes = GetFileAttributes(source);
     // Both handles are closed, which stores a last error, before the outcome is stored.
     if (const uint32_t error = CopyContents(source, target, mustBeNew))

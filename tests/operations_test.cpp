@@ -173,6 +173,30 @@ TEST(CopyFile, FailsWithoutHarm)
     }
 }
 
+TEST(CopyFile, RefusesWhatItMayNotSeeAndEmptiesNothing)
+{
+    ScratchFolder folder;
+    ASSERT_EQ(chdir(folder.path().c_str()), 0);
+    mkdir("closed", 0777);
+    for (const char *name : {"f", "secret", "closed/f"}) {
+        WriteWholeFile(name, name);
+        chmod(name, 0666);
+    }
+    chmod("secret", 0222);
+    chmod("closed", 0311); // to be entered, not to be listed
+    chmod(".", 0777);
+    ASSERT_EQ(seteuid(geteuid() == 0 ? 65534 : geteuid()), 0);
+    EXPECT_OUTCOME(CopyFile("f", "secret", TRUE), FALSE, ERROR_ACCESS_DENIED);
+    EXPECT_OUTCOME(CopyFile("f", "closed/f", TRUE), FALSE, ERROR_FILE_EXISTS);
+    EXPECT_OUTCOME(DoesFileExist("closed/f"), FALSE, ERROR_FILE_NOT_FOUND);
+    EXPECT_OUTCOME(CreateFile("closed/f", GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr),
+                   INVALID_HANDLE_VALUE, ERROR_FILE_EXISTS);
+    seteuid(getuid());
+    chmod("secret", 0666);
+    EXPECT_EQ(ReadWholeFile("secret"), "secret");
+    EXPECT_EQ(ReadWholeFile("closed/f"), "closed/f");
+}
+
 TEST(CopyFile, TellsAFullDiskForFilesOfAnySize)
 {
     ScratchFolder folder;
