@@ -164,15 +164,21 @@ TEST(Thread, SecondWaitIsNotForAnotherOnTheSameStack)
         others.push_back(StartWaiting(semaphore, &id));
     EXPECT_EQ(id, firstId);
     ExpectWaitRefused(first);
-    for (HANDLE other : others) {
+    for (size_t i = 0; i < others.size(); i++)
         ReleaseSemaphore(semaphore, 1, nullptr);
+    for (HANDLE other : others) {
+        ExpectWaited(other);
         EXPECT_EQ(CloseHandle(other), TRUE);
     }
     EXPECT_EQ(CloseHandle(first), TRUE);
+    EXPECT_EQ(CloseHandle(semaphore), TRUE);
 }
 
 TEST(Thread, CancelledWaitIsAsIfItHadNotBeen)
 {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the thread sanitizer's own pthread_join bears no cancellation";
+#endif
     StartedLibrary library;
     HANDLE semaphore = CreateSemaphore(nullptr, 0, 1, nullptr);
     HANDLE thread = StartWaiting(semaphore);

@@ -92,13 +92,13 @@ TEST(TimeZone, OffsetIsThatOfTheFieldsReadBack)
 // The zone reads "TZ" without the global lock, and the environment moves as it grows.
 TEST(TimeZone, BearsAChangingEnvironment)
 {
+    setenv("TZ", "IST-2", 1);
     std::atomic<bool> done = false;
     std::thread writer([&] {
         for (int i = 0; i < 3000; i++)
             SetEnvironmentVariable(("WEXEL" + std::to_string(i)).c_str(), "x");
         done = true;
     });
-    setenv("TZ", "IST-2", 1);
     while (!done) {
         TIME_ZONE_INFORMATION zone;
         RtlQueryTimeZoneInformation(&zone);
