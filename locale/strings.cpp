@@ -54,10 +54,10 @@ void CopyText(char *dst, const char *src)
 template <auto Fold>
 bool IsTableOf(const uint8_t (&table)[256])
 {
-    TextBlock bytes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    const TextBlock first = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
     TextBlock differences = {};
-    for (size_t i = 0; i < sizeof table; i += sizeof bytes, bytes += 16)
-        differences |= Fold(bytes) ^ LoadBlock(table + i);
+    for (size_t i = 0; i < sizeof table; i += sizeof first)
+        differences |= Fold(first | static_cast<int8_t>(i)) ^ LoadBlock(table + i);
     return IsZero(differences);
 }
 
