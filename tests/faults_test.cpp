@@ -255,6 +255,18 @@ const Scenario kScenarios[] = {
          return !isOld && number == ERROR_READ_FAULT;
      },
      [] { SetLastErrorString("old"); }},
+    {"resize a block",
+     [] {
+         HGLOBAL block = GlobalAlloc(0, 8);
+         if (!block)
+             return false;
+         strcpy(static_cast<char *>(block), "kept");
+         HGLOBAL larger = GlobalReAlloc(block, 100000, 0);
+         if (strcmp(static_cast<char *>(larger ? larger : block), "kept") != 0)
+             abort();
+         GlobalFree(larger ? larger : block);
+         return larger != nullptr;
+     }},
     {"convert a text",
      [] {
          char *utf8 = ConvertISO8859ToUtf8("\x80");

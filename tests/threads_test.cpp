@@ -141,7 +141,7 @@ void *EndAtOnce(void *)
 
 void *WaitForIt(void *handle)
 {
-    WaitForSingleObject(handle, INFINITE);
+    EXPECT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
     return nullptr;
 }
 

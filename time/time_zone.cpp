@@ -19,13 +19,6 @@ tm LocalTimeAt(time_t when)
     return local;
 }
 
-bool HasName(const char *abbreviation)
-{
-    constexpr size_t kLongest = 6;
-    const size_t length = strnlen(abbreviation, kLongest + 1);
-    return length > 0 && length <= kLongest;
-}
-
 } // namespace
 
 // UTC's fields, read back as local time in the daylight state of now, lie that far from now. Where
@@ -50,8 +43,7 @@ int32_t RtlQueryTimeZoneInformation(TIME_ZONE_INFORMATION *zone)
     const tm local = LocalTimeAt(now);
     zone->Bias = SecondsEast(now, local) / -60;
     zone->DaylightBias = -60;
-    if (!HasName(local.tm_zone))
-        return 0;
+    // The table has neither the empty abbreviation nor one of more than six letters.
     if (const TimeZoneRow *row = FindTimeZone(local.tm_zone, zone->Bias, local.tm_isdst))
         memcpy(zone->StandardName, row->name, sizeof zone->StandardName);
     return 0;
