@@ -36,7 +36,7 @@ if(NOT WEXELXI_TEST_LABEL)
 
   find_package(Python3 COMPONENTS Interpreter REQUIRED)
   add_test(NAME room_calls
-    COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/room_calls_test.py ${CMAKE_NM}
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/room_calls_test.py ${CMAKE_NM}
             ${PROJECT_SOURCE_DIR}/docs/architecture.md $<TARGET_OBJECTS:wexelxi_objects>
     COMMAND_EXPAND_LISTS)
 endif()
