@@ -81,7 +81,7 @@ private:
     {
         size_ = bytes.size();
         memory_ = std::make_unique<char[]>(size_ + 1);
-        memcpy(data(), bytes.data(), size_);
+        bytes.copy(data(), size_);
     }
 
     std::unique_ptr<char[]> memory_;
