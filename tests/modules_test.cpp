@@ -4,6 +4,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <sys/time.h>
 #include <thread>
 
 #include "modules/module_names.h"
@@ -208,6 +209,18 @@ TEST_F(Modules, HaveTheHostFirst)
     EXPECT_OUTCOME(GetProcAddress(nullptr, "HostAnswer"), nullptr, ERROR_SUCCESS);
     EXPECT_OUTCOME(FreeLibrary(host), 1, ERROR_SUCCESS);
     EXPECT_EQ(MODChain_findByMod(host), gModChain);
+}
+
+TEST_F(Modules, StartTheTickCount)
+{
+    const auto milliseconds = [] {
+        timeval now;
+        gettimeofday(&now, nullptr);
+        return static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_usec / 1000);
+    };
+    const uint32_t before = milliseconds();
+    EXPECT_LAST_ERROR(InitModule(), ERROR_SUCCESS);
+    EXPECT_LE(gTickStart - before, milliseconds() - before);
 }
 
 TEST_F(Modules, ChainCountsByHandle)
