@@ -126,13 +126,12 @@ inline size_t UnitsAhead(const uint32_t *text)
     return wcsnlen(reinterpret_cast<const wchar_t *>(text), 1024);
 }
 
-// Whether units can be stored at a place without one of the source's being lost: none of them lies
+// Whether bytes can be stored at a place without one of the source's being lost: none of them lies
 // there, or the place is its own.
-template <typename From, typename To>
-bool IsClearOf(const To *to, const From *from, size_t units)
+inline bool IsClearOf(const uint8_t *to, const uint8_t *from, size_t bytes)
 {
     const auto behind = reinterpret_cast<uintptr_t>(from) - reinterpret_cast<uintptr_t>(to);
-    return behind == 0 || behind >= units * sizeof(To);
+    return behind == 0 || behind >= bytes;
 }
 
 // Copies units below the limit from the start of a text; tells how many.
@@ -142,14 +141,14 @@ size_t CopyRun(const From *from, size_t count, To *to)
     size_t i = 0;
     while (count - i >= kBlockUnits<From> && Blocks::template Convert<kLimit>(from + i, to + i))
         i += kBlockUnits<From>;
-    if constexpr (sizeof(From) == 1) {
+    if constexpr (sizeof(From) == 1 && sizeof(To) == 1) {
         // The word is stored whole, so its place must not hold source that is still to be read, and
-        // the text that follows must fill it: a unit comes from four bytes at the most.
-        constexpr size_t kUnits = sizeof(uint64_t);
-        while (count - i >= 4 * kUnits && IsClearOf(to + i, from + i, kUnits)) {
+        // the text that follows must fill it: a byte comes from four at the most.
+        constexpr size_t kBytes = sizeof(uint64_t);
+        while (count - i >= 4 * kBytes && IsClearOf(to + i, from + i, kBytes)) {
             const size_t ascii = CopyAsciiWord(from + i, to + i);
             i += ascii;
-            if (ascii < kUnits)
+            if (ascii < kBytes)
                 return i;
         }
     }

@@ -45,17 +45,11 @@ bool AreBelow(WordPair ored)
 }
 
 // Copies eight bytes and tells how many of them, from the first on, are ASCII: those stand.
-template <typename To>
-size_t CopyAsciiWord(const uint8_t *from, To *to)
+inline size_t CopyAsciiWord(const uint8_t *from, uint8_t *to)
 {
     uint64_t word;
     memcpy(&word, from, sizeof word);
-    if constexpr (sizeof(To) == 1) {
-        memcpy(to, &word, sizeof word);
-    } else {
-        for (size_t i = 0; i < sizeof word; i++)
-            to[i] = from[i];
-    }
+    memcpy(to, &word, sizeof word);
     const uint64_t high = word & 0x8080808080808080;
     return high == 0 ? sizeof word : static_cast<size_t>(std::countr_zero(high)) / 8;
 }
