@@ -29,20 +29,24 @@ COLORREF GetSysColor(uint32_t index)
 
 void GetSystemColors(COLORREF *) {}
 
-static std::array<int, 3> ChannelsOf(COLORREF color)
+namespace {
+
+std::array<int, 3> ChannelsOf(COLORREF color)
 {
     return {static_cast<int>(color & 0xFF), static_cast<int>(color >> 8 & 0xFF),
             static_cast<int>(color >> 16 & 0xFF)};
 }
 
 // Moves a channel to a distance of 50 from other, upwards if it stands above and there is room.
-static int MoveAway(int channel, int other)
+int MoveAway(int channel, int other)
 {
     const int gap = 50 - abs(channel - other);
     if (channel > other)
         return channel + gap < 256 ? channel + gap : channel - gap;
     return channel - gap >= 0 ? channel - gap : channel + gap;
 }
+
+} // namespace
 
 void gWidenColorGap(COLORREF *color, COLORREF other)
 {

@@ -4,9 +4,10 @@
 #include <iterator>
 
 namespace wexelxi {
+namespace {
 
 // A zone that changes its clock has, as a rule, its summer row only.
-static constexpr TimeZoneRow gTimeZoneTable[] = {
+constexpr TimeZoneRow gTimeZoneTable[] = {
     {"MHT", "Dateline Standard Time", -720, 0},
     {"SST", "Samoa Standard Time", 660, 0},
     {"HST", "Hawaiian Standard Time", 600, 0},
@@ -73,6 +74,8 @@ static constexpr TimeZoneRow gTimeZoneTable[] = {
     {"TOT", "Tonga Standard Time", -780, 0},
 };
 static_assert(std::size(gTimeZoneTable) == 64);
+
+} // namespace
 
 const TimeZoneRow *FindTimeZone(const char *abbreviation, int32_t bias, int daylight)
 {
