@@ -1,4 +1,4 @@
-// The files that commands write for the library.
+// What a captured command writes.
 #include "modules/capture_file.h"
 
 #include <cerrno>
@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "core/last_error.h"
+#include "core/owners.h"
 #include "profile/folder.h"
 #include "wexelxi/files.h"
 #include "wexelxi/memory.h"
@@ -14,8 +15,6 @@
 namespace wexelxi {
 
 namespace {
-
-constexpr int kNamesTried = 16; // another process may take a name that was free
 
 char *FailBlock()
 {
@@ -28,8 +27,6 @@ char *ReadBlock(int file)
     struct stat info;
     if (fstat(file, &info) != 0)
         return FailBlock();
-    if (info.st_nlink == 0) // the command itself removed it
-        return FailWith<char *>(ERROR_FILE_NOT_FOUND, nullptr);
     if (info.st_size == 0)
         return nullptr;
     if (info.st_size >= INT32_MAX)
@@ -42,35 +39,20 @@ char *ReadBlock(int file)
 
 } // namespace
 
-Descriptor MakeCommandFile(const std::string &path)
-{
-    constexpr mode_t kAsTheShellMakesIt = 0666;
-    return Descriptor(
-        open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kAsTheShellMakesIt));
-}
-
 CaptureFile::CaptureFile()
 {
     const std::string folder(ConfigurationFolder());
     std::string name(folder.size() + 32, '\0');
-    int triesLeft = kNamesTried;
-    do {
-        GetTempFileName(folder.c_str(), "wexec", 0, name.data());
-        if (GetLastError() != ERROR_FILE_NOT_FOUND)
-            return;
-        file_ = MakeCommandFile(name);
-    } while (!file_ && errno == EEXIST && --triesLeft > 0);
-    if (!file_ && (errno == EEXIST || errno == EMFILE || errno == ENFILE)) {
-        FailWithErrno();
+    GetTempFileName(folder.c_str(), "wexec", 0, name.data());
+    if (GetLastError() != ERROR_FILE_NOT_FOUND)
         return;
-    }
-    name.resize(strlen(name.c_str())); // what else stops us stops the shell, which tells
+    name.resize(strlen(name.c_str()));
     path_ = std::move(name);
 }
 
 CaptureFile::~CaptureFile()
 {
-    if (file_ && !isKept_)
+    if (!path_.empty() && !isKept_)
         unlink(path_.c_str());
 }
 
@@ -79,9 +61,12 @@ char *CaptureFile::Read()
     if (path_.empty())
         return nullptr;
     SetLastError(ERROR_SUCCESS);
-    if (!file_)
-        file_ = Descriptor(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    return file_ ? ReadBlock(file_.get()) : FailBlock();
+    const Descriptor file(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (file)
+        return ReadBlock(file.get());
+    // What cannot be opened stays, but not for want of a descriptor or memory.
+    isKept_ = errno != EMFILE && errno != ENFILE && errno != ENOMEM;
+    return FailBlock();
 }
 
 } // namespace wexelxi

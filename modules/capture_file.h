@@ -1,19 +1,13 @@
-// The files that commands write for the library. Their names can be foreseen and the folder may be
-// shared, so each is made here before the command starts: what stands at its name already, such as
-// a link to another file, is not written to.
+// What a captured command writes: a file in the folder of the configuration file.
 #pragma once
 
 #include <string>
 
-#include "core/owners.h"
-
 namespace wexelxi {
 
-// Makes a new, empty file. None with errno if something stands there or it cannot be made.
-Descriptor MakeCommandFile(const std::string &path);
-
-// What a captured command writes: a new file in the folder of the configuration file, which goes
-// with this object unless it is kept.
+// A name at which nothing stands, not even a link that leads nowhere. The shell makes the file, for
+// to make it here would have some file systems write it to the disk at once; it goes with this
+// object unless it is kept.
 class CaptureFile {
 public:
     CaptureFile(); // may throw std::bad_alloc
@@ -21,8 +15,7 @@ public:
     CaptureFile(const CaptureFile &) = delete;
     CaptureFile &operator=(const CaptureFile &) = delete;
 
-    // Where the command's output goes: nowhere if other things stand at the names that were tried,
-    // or no descriptor is left.
+    // Where the command's output goes: nowhere if no name is free.
     const char *path() const { return path_.empty() ? "/dev/null" : path_.c_str(); }
 
     // What was written as a guarded block with a NUL behind it, null if there is nothing. Last
@@ -32,7 +25,6 @@ public:
 
 private:
     std::string path_;
-    Descriptor file_;
     bool isKept_ = false;
 };
 

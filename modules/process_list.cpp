@@ -1,10 +1,12 @@
 // Whether a program runs, as `ps` tells it.
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <string>
 
 #include "core/lock.h"
 #include "core/no_memory.h"
-#include "modules/capture_file.h"
+#include "core/owners.h"
 #include "modules/shell_text.h"
 #include "profile/folder.h"
 #include "wexelxi/processes.h"
@@ -34,7 +36,7 @@ int32_t AskForNames(const char *text)
     const std::string path = std::string(ConfigurationFolder()) + "/psrep";
     const std::string command = "ps -eo \"%c\" > " + ShellWord(path);
     unlink(path.c_str()); // what a killed process left there, or a link
-    Descriptor file = MakeCommandFile(path);
+    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file)
         return 0;
     [[maybe_unused]] const int status = system(command.c_str()); // the file tells

@@ -92,7 +92,7 @@ TEST(Commands, AreCaughtWholeAndLeaveNoFile)
         {"echo lost; exit 3", "(null)", 768, 0}, // the file is that of the last command
         {"printf 'a\\0b'", std::string("a\0b", 3), 32, 0},
         {"head -c 5000000 /dev/zero | tr '\\0' x", std::string(5000000, 'x'), 32, 0},
-        {"rm \"$WEXELXIDIR\"/wexec*; echo", "(null)", 32, ERROR_FILE_NOT_FOUND},
+        {"{ echo; rm \"$WEXELXIDIR\"/wexec*; }", "(null)", 32, ERROR_FILE_NOT_FOUND},
     };
     for (const auto &row : rows)
         EXPECT_EQ(Capture(row.command, row.result, row.error), row.output) << row.command;
@@ -101,6 +101,24 @@ TEST(Commands, AreCaughtWholeAndLeaveNoFile)
     EXPECT_EQ(FilesIn(library.folder.path()), files + 1);
     SetWexelXiFolder("/no/such/folder");
     EXPECT_EQ(Capture("exec 2>&-; true", 512, ERROR_FILE_NOT_FOUND), "(null)");
+}
+
+// Links stand at the names that the next captures would have, some to a file and some to nothing.
+TEST(Commands, AreNotCaughtThroughALink)
+{
+    StartedLibrary library;
+    const std::string kept = library.folder.file("kept");
+    WriteWholeFile(kept, "kept");
+    const uint32_t first = GetTickCount();
+    for (uint32_t i = 0; i < 3000; i++) {
+        char name[20];
+        snprintf(name, sizeof name, "wexec%04x.tmp", (first + i) & 0xFFFF);
+        ASSERT_EQ(symlink(i % 2 ? kept.c_str() : "none", library.folder.file(name).c_str()), 0);
+    }
+    const size_t files = FilesIn(library.folder.path());
+    EXPECT_EQ(Capture("echo text"), "text\n");
+    EXPECT_EQ(ReadWholeFile(kept), "kept");
+    EXPECT_EQ(FilesIn(library.folder.path()), files);
 }
 
 TEST(Commands, WorkInAnyFolder)

@@ -257,10 +257,11 @@ private:
             Complain("a search is still open");
         if (refusal.family != Families) {
             Files now = FilesIn(".");
-            // What cannot be removed stays, as does a file of which nothing can be known: the next
-            // write of the profile takes it away.
-            const char *staying = refusal.family == Removal ? "" : ".wexelxi-new";
-            if (refusal.family == Removal || refusal.family == Stat)
+            // What cannot be removed stays, as does what a command writes that was not waited for,
+            // and a file of which nothing can be known: the next write of the profile takes it
+            // away.
+            const char *staying = refusal.family == Stat ? ".wexelxi-new" : "";
+            if (refusal.family == Removal || refusal.family == Process || refusal.family == Stat)
                 std::erase_if(now, [&](const auto &file) {
                     return !before_.contains(file.first) && !wanted_.contains(file.first) &&
                            file.first.ends_with(staying);
