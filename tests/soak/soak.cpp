@@ -107,7 +107,7 @@ void UseFonts(Worker &worker)
                                   0, 0, 0, 0, 0, "DejaVu Sans");
     CHECK_CALL(hdc != nullptr);
     if (font) { // a machine without fonts has none to give
-        const std::string text = std::to_string(worker.random());
+        const std::string text = std::to_string(worker.Below(20)); // what is measured is remembered
         SIZE size = {};
         SelectObject(hdc, font);
         CHECK_CALL(GetTextExtentPoint32(hdc, text.c_str(), -1, &size) && size.cx > 0);
