@@ -1,8 +1,10 @@
 // The answers of a sweep in one number, to hold against the one of answers that were judged:
 //
 //   Digest digest;
-//   for (...)
-//       digest.Add(GlobalSize(handle), GetLastError(), text);
+//   for (...) {
+//       const uint32_t size = GlobalSize(handle); // not in the same call: arguments have no order
+//       digest.Add(size, GetLastError(), text);
+//   }
 //   EXPECT_EQ(digest.hex(), "79269a2ea3756fa0");
 #pragma once
 
