@@ -91,7 +91,7 @@ bool Choose(const LANGUAGEENTRY &entry)
 bool ChooseByNumber(uint32_t language)
 {
     for (const LANGUAGEENTRY *entry = gLanguageTable; entry->name; entry++) {
-        if (language != 0 && entry->language == language)
+        if (entry->language == language)
             return Choose(*entry);
     }
     return false;

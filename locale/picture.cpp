@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cstring>
 #include <iterator>
-#include <memory_resource>
 #include <string>
 #include <string_view>
 
@@ -13,9 +12,6 @@
 
 namespace wexelxi {
 namespace {
-
-// Bytes of a name that count.
-constexpr size_t kNameLimit = 39;
 
 // The text as far as it is made. What does not fit is cut, and the text then is complete.
 struct Output {
@@ -41,22 +37,19 @@ struct Output {
 
     void AppendNumber(uint32_t number, size_t digits)
     {
-        if (number >= 10 || digits == 2) {
-            if (number >= 100) {
-                char item[12];
-                return Append({item, std::to_chars(item, std::end(item), number).ptr});
-            }
-            Append(static_cast<char>('0' + number / 10));
-            if (!fits)
-                return;
+        if (number >= 100) {
+            char item[12];
+            return Append({item, std::to_chars(item, std::end(item), number).ptr});
         }
+        if (number >= 10 || digits == 2)
+            Append(static_cast<char>('0' + number / 10));
         Append(static_cast<char>('0' + number % 10));
     }
 
     void AppendName(const PictureNames &names, uint32_t key)
     {
         if (const char *name = names.find(names.language, key))
-            Append({name, strnlen(name, kNameLimit)});
+            Append(std::string_view(name));
     }
 };
 
@@ -186,7 +179,7 @@ bool Overlap(const char *picture, const char *buffer, size_t size)
     return strnlen(picture, ahead) == ahead;
 }
 
-void TakeOut(std::pmr::string &picture, const char *piece)
+void TakeOut(std::string &picture, const char *piece)
 {
     const size_t at = picture.find(piece);
     if (at != picture.npos)
@@ -201,9 +194,7 @@ PictureResult FormatPicture(const char *picture, uint32_t flags, const SYSTEMTIM
     *buffer = '\0';
     // The caller's picture is read where it stands, unless something is taken out of it or the text
     // goes over it.
-    std::byte room[256];
-    std::pmr::monotonic_buffer_resource resource(room, sizeof room);
-    std::pmr::string copy(&resource);
+    std::string copy;
     const uint32_t pieces = flags & (TIME_NOMINUTESORSECONDS | TIME_NOSECONDS);
     if (pieces != 0 || Overlap(picture, buffer, static_cast<size_t>(size))) {
         copy = picture;

@@ -1,9 +1,11 @@
-// Languages, their tables, and date and time text through the exported functions.
+// Languages, their tables, and text for dates and times.
 #include <cstring>
 #include <gtest/gtest.h>
-#include <pthread.h>
+#include <random>
 #include <string>
+#include <vector>
 
+#include "support/digest.h"
 #include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
@@ -11,94 +13,84 @@
 namespace {
 
 const SYSTEMTIME kMonday = {2005, 3, 1, 7, 13, 5, 9, 0};
+const SYSTEMTIME kSunday = {2005, 3, 0, 6, 0, 5, 9, 0};
 
 class Locale : public ::testing::Test {
 protected:
     Locale() { unsetenv("WEXELLOCALE"); }
-    ~Locale() override { EXPECT_EQ(pthread_getspecific(gCriticalSectionTLS), nullptr); }
 
     StartedLibrary library;
 };
 
-std::string Info(uintptr_t language, uintptr_t key)
+TEST_F(Locale, FirstUseSettlesTheLanguage)
 {
-    char value[64] = "unset";
-    const int32_t length = GetLocaleInfo(language, key, value, sizeof value);
-    EXPECT_EQ(static_cast<size_t>(length), strlen(value) + (length ? 1 : 0));
-    return value;
-}
-
-uint32_t SetLocaleNumber(uint32_t number)
-{
-    return SetLocale(&number);
-}
-
-TEST_F(Locale, StartsWithTheConfiguredLanguage)
-{
-    char value[8];
-    int32_t (*const firstUses[])(char *) = {
-        [](char *) { return static_cast<int32_t>(GetUserDefaultLCID()); },
-        [](char *) { return static_cast<int32_t>(GetSystemDefaultLangID()); },
-        [](char *) { return static_cast<int32_t>(ValidateLCID(0)); },
-        [](char *) { return static_cast<int32_t>(SetLocale(nullptr)) + 1032; },
-        [](char *text) { return GetLocaleInfo(1024, 9, text, 8) + 1028; },
-        [](char *text) { return FormatLocaleString(1024, 0, 0, &kMonday, "MMM", text, 8) + 1029; },
-    };
-    for (const auto &use : firstUses) {
-        gLangID = 0;
-        EXPECT_OUTCOME(use(value), 1033, kUnchanged);
-        EXPECT_EQ(gLangID, 1033);
+    for (const uint16_t before : {uint16_t{0}, uint16_t{1045}}) {
+        const uint16_t chosen = before ? before : 1033;
+        const auto expectChosen = [&](auto use) {
+            gLangID = before;
+            EXPECT_OUTCOME(use(), chosen, kUnchanged);
+            EXPECT_EQ(gLangID, chosen);
+        };
+        for (const auto get : {GetUserDefaultLCID, GetUserDefaultLangID, GetSystemDefaultLCID,
+                               GetSystemDefaultLangID})
+            expectChosen(get);
+        const auto ask = [](uintptr_t language, uintptr_t flag) {
+            char number[8];
+            GetLocaleInfo(language, LOCALE_ILANGUAGE | flag, number, sizeof number);
+            return strtoul(number, nullptr, 16);
+        };
+        for (const uintptr_t language : {LOCALE_USER_DEFAULT, LOCALE_SYSTEM_DEFAULT}) {
+            expectChosen([=] { return ValidateLCID(language); });
+            expectChosen([=] { return ask(language, 0); });
+        }
+        expectChosen([] { return ValidateLCID(0); });
+        expectChosen([=] { return ask(1031, LOCALE_NOUSEROVERRIDE); });
     }
-    EXPECT_EQ(WriteProfileString("Localize", "Locale", "de-ch"), 1);
-    EXPECT_EQ(SetLocale(nullptr), 1u);
-    EXPECT_EQ(GetSystemDefaultLangID(), 2055u);
-    setenv("WEXELLOCALE", "sv", 1);
-    EXPECT_EQ(SetLocale(nullptr), 1u);
-    EXPECT_EQ(GetUserDefaultLangID(), 1053u);
-    setenv("WEXELLOCALE", std::string(400, 'x').c_str(), 1); // too long to be seen
-    EXPECT_EQ(SetLocale(nullptr), 1u);
-    EXPECT_EQ(GetSystemDefaultLCID(), 2055u);
+    for (const uintptr_t other : {uintptr_t{1031}, uintptr_t{4711}, uintptr_t{1} << 40 | 1024})
+        EXPECT_EQ(ValidateLCID(other), other);
 }
 
-TEST_F(Locale, FallsBackToEnglishOnlyWhereNoneIsChosen)
-{
-    setenv("WEXELLOCALE", "xx-yy", 1);
-    EXPECT_EQ(SetLocale(nullptr), 0u);
-    EXPECT_EQ(gLangID, 1033);
-    EXPECT_EQ(SetLocaleNumber(1045), 1u);
-    EXPECT_EQ(SetLocale(nullptr), 0u);
-    EXPECT_EQ(gLangID, 1045);
-}
-
-TEST_F(Locale, Selectors)
+TEST_F(Locale, Choice)
 {
     const std::string endless(5000, 'e');
     const struct {
-        const char *code;
+        const char *variable;
+        const char *configured;
+        const char *selector;
+        uint16_t before;
         uint32_t found;
         uint16_t language;
-    } codes[] = {
-        {"pt-br", 1, 1046}, {"EN-US", 0, 1046}, {"fi\0x", 1, 1035},         {"fi\0\0", 0, 1035},
-        {"\0xyz", 0, 1035}, {"en-u", 0, 1035},  {endless.c_str(), 0, 1035}, {"de-li", 1, 5127},
+    } rows[] = {
+        {"", "", nullptr, 0, TRUE, 1033},
+        {"", "de-ch", nullptr, 0, TRUE, 2055},
+        {"sv", "de-ch", nullptr, 1045, TRUE, 1053},
+        {endless.c_str(), "de-ch", nullptr, 1045, TRUE, 2055}, // too long to be seen
+        {"xx-yy", "", nullptr, 0, FALSE, 1033},
+        {"xx-yy", "de", nullptr, 1045, FALSE, 1045},
+        {"sv", "de", "pt-br", 0, TRUE, 1046},
+        {"sv", "de", "EN-US", 0, FALSE, 1033},
+        {"", "", "de-li", 1045, TRUE, 5127},
+        {"", "", "en-u", 1045, FALSE, 1045},
+        {"", "", endless.c_str(), 1045, FALSE, 1045},
+        {"", "", "fi\0x", 1045, TRUE, 1035}, // "fi\0\0" is a number
+        {"", "", "fi\0\0", 1045, FALSE, 1045},
+        {"", "", "\0xyz", 1045, FALSE, 1045},
+        {"", "", "\x09\x04\x01\0", 1045, FALSE, 1045}, // 0x10409 is a text
+        {"", "", "\x09\x04\0\0", 1045, TRUE, 1033},
+        {"", "", "\x12\x08\0\0", 1045, TRUE, 2066}, // has no code
+        {"", "", "\xFF\xFF\0\0", 1045, FALSE, 1045},
+        {"", "", "\0\x04\0\0", 1045, FALSE, 1045},
+        {"", "", "\0\0\0\0", 1045, FALSE, 1045},
+        {"", "", "\0\0\0\0", 0, FALSE, 1033},
     };
-    for (const auto &row : codes) {
-        EXPECT_OUTCOME(SetLocale(row.code), row.found, kUnchanged) << row.code;
-        EXPECT_EQ(gLangID, row.language) << row.code;
+    for (const auto &row : rows) {
+        const auto name = ::testing::PrintToString(&row - rows);
+        setenv("WEXELLOCALE", row.variable, 1);
+        WriteProfileString("Localize", "Locale", row.configured);
+        gLangID = row.before;
+        EXPECT_OUTCOME(SetLocale(row.selector), row.found, kUnchanged) << name;
+        EXPECT_EQ(gLangID, row.language) << name;
     }
-    for (const uint32_t number : {0u, 9999u, 1024u, 0xFFFFu})
-        EXPECT_EQ(SetLocaleNumber(number), 0u);
-    EXPECT_EQ(SetLocaleNumber(2066), 1u); // has no code
-    EXPECT_EQ(gLangID, 2066);
-}
-
-TEST_F(Locale, DefaultsAreResolvedAndNothingElse)
-{
-    EXPECT_EQ(ValidateLCID(0), 1033u);
-    SetLocaleNumber(1036);
-    for (const uintptr_t language : {0u, 1024u, 2048u})
-        EXPECT_EQ(ValidateLCID(language), 1036u);
-    for (const uintptr_t language : {uintptr_t{1031}, uintptr_t{4711}, uintptr_t{1} << 40 | 1024})
-        EXPECT_EQ(ValidateLCID(language), language);
 }
 
 TEST_F(Locale, Values)
@@ -108,75 +100,58 @@ TEST_F(Locale, Values)
         const char *value;
     } rows[] = {
         {1033, LOCALE_SSHORTDATE, "M/d/yy"},
-        {1031, 0x80000000u + LOCALE_SSHORTDATE, "M/d/yy"}, // the current language
-        {1031, 0x40000000u + LOCALE_SSHORTDATE, "dd.MM.yy"},
+        {1031, LOCALE_NOUSEROVERRIDE | LOCALE_SSHORTDATE, "M/d/yy"}, // the current language
+        {1031, 0x40000000u | LOCALE_SSHORTDATE, "dd.MM.yy"},
         {(uintptr_t{1} << 32) + 1031, (uintptr_t{1} << 32) + LOCALE_SSHORTDATE, "dd.MM.yy"},
         {0, LOCALE_S1159, "AM"},
         {0x7F00, LOCALE_S1159, "AM"},
-        {1024, LOCALE_SSHORTDATE, "M/d/yy"},
         {2055, LOCALE_SMONTHNAME1, "Januar"},
-        {4105, LOCALE_SMONTHNAME1, "January"},
-        {2070, LOCALE_SDAYNAME2,
-         "Ter\xE7"
-         "a-feira"},
+        {2070, LOCALE_SDAYNAME1, "Segunda-feira"},
         {1036, LOCALE_STIMEFORMAT, "h:mm:ss tt"}, // from English, as the next ones
         {1040, LOCALE_S1159, "AM"},
-        {1034, LOCALE_SSHORTDATE, "M/d/yy"},
         {1041, LOCALE_SLANGUAGE, "English (United States)"},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(Info(row.language, row.key), row.value) << row.language << " " << row.key;
-    char value[8];
-    for (const uint32_t key : {0u, 91u, 4096u, 4114u, 5000u, 0x3FFFFFFFu, 4113u, 88u})
-        EXPECT_OUTCOME(GetLocaleInfo(1033, key, value, 8), 0, ERROR_INVALID_PARAMETER) << key;
-}
-
-TEST_F(Locale, ValuesAreCutToTheBuffer)
-{
-    char value[8] = "*******";
-    EXPECT_EQ(GetLocaleInfo(1033, 31, value, 3), 7);
-    EXPECT_EQ(memcmp(value, "M/\0****", 8), 0);
-    EXPECT_EQ(GetLocaleInfo(1033, 31, value, 1), 7);
-    EXPECT_STREQ(value, "");
-    strcpy(value, "kept");
-    EXPECT_EQ(GetLocaleInfo(1033, 31, value, 0), 7);
-    EXPECT_EQ(memcmp(value, "\0ept", 5), 0);
-    EXPECT_OUTCOME(GetLocaleInfo(1033, 31, nullptr, 0), 7, kUnchanged);
-    EXPECT_OUTCOME(GetLocaleInfo(1033, 31, nullptr, 5), 0, ERROR_INSUFFICIENT_BUFFER);
-}
-
-TEST_F(Locale, EachLanguageHasItsTableInOneOrder)
-{
-    const struct {
-        uintptr_t language;
-        const LANGUAGEROW *rows;
-        size_t count;
-        const char *name;
-    } tables[] = {
-        {1030, Lang_Danish, 88, "Danish"},     {1031, Lang_German, 103, "German"},
-        {1033, Lang_EngUS, 101, "English"},    {1035, Lang_Finnish, 80, "Finnish"},
-        {1036, Lang_French, 69, "French"},     {1038, Lang_Hungarian, 77, "Hungarian"},
-        {1040, Lang_Italian, 77, "Italian"},   {1042, Lang_Korean, 101, "Korean"},
-        {1045, Lang_Polish, 77, "Polish"},     {1046, Lang_Brazil, 101, "Protuguese"},
-        {1051, Lang_Slovakian, 103, "Slovak"}, {1053, Lang_Swedish, 88, "Swedish"},
-        {2057, Lang_EngUK, 101, "English"},
-    };
-    for (const auto &table : tables) {
-        EXPECT_EQ(Info(table.language, LOCALE_SENGLANGUAGE), table.name);
-        // The keys are those of German, which has them all, less the ones that are absent.
-        const LANGUAGEROW *whole = Lang_German;
-        size_t count = 0;
-        for (const LANGUAGEROW *row = table.rows; row->key; row++, whole++, count++) {
-            while (whole->key && whole->key != row->key)
-                whole++;
-            ASSERT_EQ(whole->key, row->key) << table.name;
-            ASSERT_EQ(Info(table.language, row->key), row->value) << table.name << row->key;
-        }
-        EXPECT_EQ(count, table.count) << table.name;
+    for (const auto &row : rows) {
+        char value[64];
+        EXPECT_OUTCOME(GetLocaleInfo(row.language, row.key, value, sizeof value),
+                       static_cast<int32_t>(strlen(row.value)) + 1, kUnchanged);
+        EXPECT_STREQ(value, row.value) << row.language << " " << row.key;
     }
-    EXPECT_EQ(Lang_German[14].key, LOCALE_IDEFAULTMACCODEPAGE);
-    EXPECT_STREQ(gLanguageTable[31].code, "en-us");
-    EXPECT_STREQ(gLanguageTable[111].code, "zu");
+    EXPECT_OUTCOME(GetLocaleInfo(1033, LOCALE_SSHORTDATE, nullptr, 0), 7, kUnchanged);
+    EXPECT_OUTCOME(GetLocaleInfo(1033, LOCALE_SSHORTDATE, nullptr, 5), 0,
+                   ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_OUTCOME(GetLocaleInfo(1033, LOCALE_SSHORTDATE, nullptr, -1), 0,
+                   ERROR_INSUFFICIENT_BUFFER);
+}
+
+// Every table as it stands, and what each language answers for each key, in rooms of all sizes.
+TEST_F(Locale, ValuesOfAllLanguages)
+{
+    Digest tables;
+    Digest answers;
+    for (const LANGUAGEROW *row : {Lang_Danish, Lang_German, Lang_EngUS, Lang_Finnish, Lang_French,
+                                   Lang_Hungarian, Lang_Italian, Lang_Korean, Lang_Polish,
+                                   Lang_Brazil, Lang_Slovakian, Lang_Swedish, Lang_EngUK}) {
+        for (; row->key != 0; row++)
+            tables.Add(row->key, row->value);
+        tables.Add(row->value);
+    }
+    std::vector<uintptr_t> languages = {0, 1, 7, 0x100, 0x7F00, 0xFFFF, 0x10407};
+    for (const LANGUAGEENTRY *entry = gLanguageTable; entry->name; entry++) {
+        tables.Add(entry->name, entry->code, entry->language);
+        languages.push_back(entry->language);
+    }
+    for (const uintptr_t language : languages) {
+        for (uintptr_t key = 0; key < 5000; key += key < 130 || key > 4080 ? 1 : 79) {
+            const auto size = static_cast<int32_t>((key + language) % 30) - 1;
+            std::string value(40, '*');
+            SetLastError(kUnchanged);
+            const int32_t length = GetLocaleInfo(language, key, value.data(), size);
+            answers.Add(length, GetLastError(), value);
+        }
+    }
+    EXPECT_EQ(tables.hex(), "48ce02411a630583");
+    EXPECT_EQ(answers.hex(), "7867f3aec1014ada");
 }
 
 TEST_F(Locale, Pictures)
@@ -184,39 +159,99 @@ TEST_F(Locale, Pictures)
     const struct {
         const char *picture;
         uint32_t flags;
-        int32_t size;
         const char *text;
         int32_t count;
+        int32_t size = 64;
+        SYSTEMTIME time = kMonday;
         uintptr_t language = 1033;
     } rows[] = {
-        {"M/d/yy", 0, 64, "3/7/05", 7},
-        {"h:mm:ss tt", 3, 64, "1 PM", 5},
-        {"'abc", 0, 5, "abc", 4},
-        {"yyyy", 0, 5, "2005", 4},
-        {"dddd", 0, 5, "Mond", 0},
-        {"", 0, 1, "", 0},
-        {"h:mm tt", 0, 64, "1:05 ", 6, 1031},
-        {"d. MMMM", 0, 64, "7. mars", 8, 1036},
+        {"dddd, MMMM dd, yyyy", 0, "Monday, March 07, 2005", 23},
+        {"h:mm:ss tt", TIME_NOMINUTESORSECONDS, "1:09 PM", 8},
+        {"h:mm:ss tt", TIME_NOSECONDS, "1:05 PM", 8},
+        {"yyyyy gg", 0, "20055 AD", 9},
+        {"'It''s' d", 0, "It's 7", 7},
+        {"h:mm tt", 0, "12:05 AM", 9, 64, kSunday},
+        {"ddd", 0, "Sun", 4, 64, kSunday},
+        {"h:mm tt", 0, "1:05 ", 6, 64, kMonday, 1031},
+        {"'abc", 0, "abc", 5},
+        {"'abc", 0, "abc", 4, 5}, // as full as can be
+        {"yyyy", 0, "2005", 5, 6},
+        {"yyyy", 0, "2005", 4, 5},
+        {"yyyy", 0, "200", 0, 4},
+        {"dddd", 0, "Mond", 0, 5},
+        {"", 0, "", 0, 1},
+        {"d", 0, "kept", 0, 0},
+        {"d", 0, "kept", 0, INT32_MIN},
     };
     for (const auto &row : rows) {
-        char text[66];
-        memset(text, '*', sizeof text);
-        const bool failed = row.count == 0 && *row.text;
+        char text[64] = "kept";
+        const bool isCut = row.count == 0 && *row.text;
         EXPECT_OUTCOME(
-            FormatLocaleString(row.language, 9, row.flags, &kMonday, row.picture, text, row.size),
-            row.count, failed ? ERROR_INSUFFICIENT_BUFFER : kUnchanged);
+            FormatLocaleString(row.language, 9, row.flags, &row.time, row.picture, text, row.size),
+            row.count, isCut ? ERROR_INSUFFICIENT_BUFFER : kUnchanged);
         EXPECT_STREQ(text, row.text) << row.picture;
-        EXPECT_EQ(text[row.size], '*') << row.picture;
     }
-    const std::string endless(3000, 'x');
-    std::string out(4000, '*');
-    EXPECT_EQ(FormatLocaleString(1033, 0, 3, &kMonday, endless.c_str(), out.data(), 4000), 3001);
-    EXPECT_EQ(out.c_str(), endless);
+    EXPECT_OUTCOME(FormatLocaleString(1033, 0, 0, &kMonday, "d", nullptr, 64), 0,
+                   ERROR_INSUFFICIENT_BUFFER);
+}
+
+TEST_F(Locale, RandomPictures)
+{
+    const char *const pieces[] = {"h",   "H",   "m",     "s",    "t",   "y",    "M",  "d",
+                                  "g",   "'",   "'",     ":",    " ",   ",",    "x",  "\xE9",
+                                  ":mm", ":ss", "''",    "dddd", "MMM", "yyyy", "tt", ":m",
+                                  ":s",  "hhh", "s:mms", ".",    "ddd", "MMMM"};
+    std::mt19937 random(1601);
+    const auto below = [&](uint32_t limit) { return static_cast<uint32_t>(random() % limit); };
+    Digest digest;
+    for (int round = 0; round < 60000; round++) {
+        std::string picture;
+        for (uint32_t left = below(14); left > 0; left--)
+            picture += pieces[below(std::size(pieces))];
+        if (round % 1000 == 999) // a long one, and at times room for it
+            for (int doubled = 0; doubled < 10; doubled++)
+                picture += picture;
+        const uint32_t limit = round % 3 ? 60 : 0x10000;
+        const auto field = [&] { return static_cast<uint16_t>(below(limit)); };
+        const SYSTEMTIME time = {field(), field(), field(), field(),
+                                 field(), field(), field(), field()};
+        const uintptr_t language = 1030 + below(12);
+        const auto flags = static_cast<uint32_t>(random());
+        const auto size = 1 + static_cast<int32_t>(below(round % 2000 == 1999 ? 70000 : 70));
+        std::string text(static_cast<size_t>(size) + 8, '*');
+        SetLastError(kUnchanged);
+        const int32_t count =
+            FormatLocaleString(language, 0, flags, &time, picture.c_str(), text.data(), size);
+        digest.Add(count, GetLastError(), text.c_str(), text[static_cast<size_t>(count)],
+                   text.substr(static_cast<size_t>(size)));
+    }
+    EXPECT_EQ(digest.hex(), "fdf05c3884ed9cb7");
+}
+
+// One that starts where the text goes is read as the empty picture; one that lies in it as it
+// stood, and one that reaches into it up to there.
+TEST_F(Locale, PicturesInTheWayOfTheirText)
+{
+    const std::string picture = "dddd yyyy MMMM" + std::string(300, 'd') + "'";
+    const struct {
+        int offset;
+        size_t read;
+    } rows[] = {{-300, 300}, {-5, 5}, {0, 0}, {1, 400}, {5, 400}, {900, 400}, {1999, 400}};
+    for (const auto &row : rows) {
+        const std::string seen = picture.substr(0, row.read);
+        char expected[2000];
+        std::vector<char> room(4000, '*');
+        char *text = room.data() + 1000;
+        strcpy(text + row.offset, picture.c_str());
+        EXPECT_EQ(FormatLocaleString(1033, 0, 0, &kMonday, text + row.offset, text, 2000),
+                  FormatLocaleString(1033, 0, 0, &kMonday, seen.c_str(), expected, 2000));
+        EXPECT_STREQ(text, expected) << row.offset;
+    }
 }
 
 TEST_F(Locale, FrontsLeaveTheirResultAsLastError)
 {
-    SetLocaleNumber(1045);
+    gLangID = 1045;
     const struct {
         decltype(&GetDateFormat) front;
         uintptr_t language;
@@ -235,9 +270,10 @@ TEST_F(Locale, FrontsLeaveTheirResultAsLastError)
         {GetTimeFormat, 1033, 2, "h:mm:ss", 64, "1:05", 5},
         {GetTimeFormat, 1051, 4, nullptr, 64, "13:05:09", 9},
         {GetTimeFormat, 1033, 0, nullptr, 5, "1:05", 0},
+        {GetTimeFormat, 1033, 0, nullptr, 0, "", 0},
     };
     for (const auto &row : rows) {
-        char text[64];
+        char text[64] = "";
         EXPECT_OUTCOME(row.front(row.language, row.flags, &kMonday, row.picture, text, row.size),
                        row.count, static_cast<uint32_t>(row.count));
         EXPECT_STREQ(text, row.text);
@@ -248,31 +284,19 @@ TEST_F(Locale, NowIsInUtc)
 {
     setenv("TZ", "EST5EDT", 1);
     tzset();
-    char before[64], text[64], after[64];
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    GetDateFormat(1033, 0, &now, "yyyy-MM-dd HH:mm:ss", before, 64);
-    EXPECT_EQ(GetDateFormat(1033, 0, nullptr, "yyyy-MM-dd HH:mm:ss", text, 64), 20);
-    GetSystemTime(&now);
-    GetTimeFormat(1033, 0, &now, "yyyy-MM-dd HH:mm:ss", after, 64);
-    EXPECT_LE(strcmp(before, text), 0);
-    EXPECT_GE(strcmp(after, text), 0);
-    EXPECT_EQ(GetTimeFormat(1033, 0, nullptr, "yyyy", text, 64), 5);
-}
-
-TEST_F(Locale, NoRoomWritesNothing)
-{
-    char text[] = "kept";
-    const struct {
-        char *out;
-        int32_t size;
-    } rows[] = {{nullptr, 64}, {text, 0}, {text, -1}, {text, INT32_MIN}};
-    for (const auto &row : rows) {
-        EXPECT_OUTCOME(FormatLocaleString(1033, 0, 0, &kMonday, "d", row.out, row.size), 0,
-                       ERROR_INSUFFICIENT_BUFFER);
-        EXPECT_OUTCOME(GetDateFormat(1033, 0, &kMonday, "d", row.out, row.size), 0, 0);
+    for (const auto front : {GetDateFormat, GetTimeFormat}) {
+        const auto stamp = [=](const SYSTEMTIME *time) {
+            char text[32];
+            EXPECT_EQ(front(1033, 0, time, "yyyy-MM-dd HH:mm:ss", text, sizeof text), 20);
+            return std::string(text);
+        };
+        SYSTEMTIME now;
+        GetSystemTime(&now);
+        const std::string text = stamp(nullptr);
+        EXPECT_GE(text, stamp(&now));
+        GetSystemTime(&now);
+        EXPECT_LE(text, stamp(&now));
     }
-    EXPECT_STREQ(text, "kept");
 }
 
 } // namespace
