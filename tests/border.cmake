@@ -29,7 +29,8 @@ if(NOT WEXELXI_TEST_LABEL)
 
   add_test(NAME client_page
     COMMAND ${CMAKE_COMMAND} -DPROJECT=${PROJECT_SOURCE_DIR} -DCC=${CMAKE_C_COMPILER}
-            -DCXX=${CMAKE_CXX_COMPILER} -P ${CMAKE_CURRENT_SOURCE_DIR}/client_page.cmake)
+            -DCXX=${CMAKE_CXX_COMPILER} -DWORK=${CMAKE_CURRENT_BINARY_DIR}
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/client_page.cmake)
   add_test(NAME exports
     COMMAND ${CMAKE_COMMAND} -DLIST=${WEXELXI_EXPORTS} -DLIBRARY=$<TARGET_FILE:hwexelxi>
             -DNM=${CMAKE_NM} -P ${CMAKE_CURRENT_SOURCE_DIR}/exports.cmake)

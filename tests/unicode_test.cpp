@@ -1,5 +1,4 @@
-// The conversions, on the machine's blocks and on the portable ones, with an inaccessible page
-// behind every text.
+// The conversions, with an inaccessible page behind every text.
 #include <cstring>
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -7,41 +6,12 @@
 #include <string>
 #include <sys/mman.h>
 
-#include "locale/unicode.h"
 #include "support/digest.h"
-#include "wexelxi.h"
-
-using namespace wexelxi;
+#include "wexelxi/unicode.h"
 
 namespace {
 
-template <auto kConvert, typename From, typename To>
-size_t Call(const void *source, void *destination)
-{
-    return kConvert(static_cast<const From *>(source), static_cast<To *>(destination));
-}
-
-using Converter = size_t (*)(const void *, void *);
-
-struct Conversion {
-    size_t from; // bytes of a unit
-    size_t to;
-    Converter exported;
-    Converter portable;
-};
-
-const Conversion kUtf8ToCodePage = {1, 1, Call<ConvertUtf8ToISO8859WithDest, char, char>,
-                                    Call<Utf8ToCodePage<PortableBlocks>, uint8_t, uint8_t>};
-const Conversion kCodePageToUtf8 = {1, 1, Call<ConvertISO8859ToUtf8WithDest, char, char>,
-                                    Call<CodePageToUtf8<PortableBlocks>, uint8_t, uint8_t>};
-const Conversion kUtf8ToWide = {1, 4, Call<ConvertUtf8ToWideCharWithDest, char, uint32_t>,
-                                Call<Utf8ToWideChar<PortableBlocks>, uint8_t, uint32_t>};
-const Conversion kWideToUtf8 = {4, 1, Call<ConvertWideCharToUtf8WithDest, uint32_t, char>,
-                                Call<WideCharToUtf8<PortableBlocks>, uint32_t, uint8_t>};
-const Conversion kWideToUtf16 = {4, 2, Call<ConvertWideCharToUtf16WithDest, uint32_t, uint16_t>,
-                                 Call<WideCharToUtf16<PortableBlocks>, uint32_t, uint16_t>};
-
-// The last bytes in front of an inaccessible page; the source and the result have one each.
+// The last bytes in front of such a page; the source and the result have one each.
 template <int kText>
 char *LastBytes(size_t count)
 {
@@ -55,122 +25,121 @@ char *LastBytes(size_t count)
     return end - count;
 }
 
+template <typename From, typename To>
+using Conversion = uint32_t(const From *, To *);
+
 class Unicode : public ::testing::Test {
 protected:
-    // Converts a text, with both kinds of blocks and in no more room than it needs, and gives the
-    // result. Both texts are the bytes of their units, without the end.
-    std::string Convert(const Conversion &conversion, const std::string &text)
+    // Converts a text twice, the second time into no more room than it needs, and gives the result.
+    // Both texts are the bytes of their units, without the end.
+    template <typename From, typename To>
+    std::string Convert(Conversion<From, To> convert, const std::string &text)
     {
-        const size_t sourceBytes = text.size() + conversion.from;
+        const size_t sourceBytes = text.size() + sizeof(From);
         char *source = LastBytes<0>(sourceBytes);
         memset(source, 0, sourceBytes);
         text.copy(source, text.size());
+        const From *from = reinterpret_cast<From *>(source);
         std::string result(4 * sourceBytes, '*');
-        const size_t length = conversion.portable(source, result.data());
-        result.resize((length + 1) * conversion.to);
+        const uint32_t length = convert(from, reinterpret_cast<To *>(result.data()));
+        result.resize((length + 1) * sizeof(To));
+        char *destination = LastBytes<1>(result.size());
+        memset(destination, 0xEE, result.size());
+        EXPECT_EQ(convert(from, reinterpret_cast<To *>(destination)), length);
+        EXPECT_EQ(std::string_view(destination, result.size()), result);
         digest_.Add(length, result);
-        for (const Converter convert : {conversion.portable, conversion.exported}) {
-            char *destination = LastBytes<1>(result.size());
-            memset(destination, 0xEE, result.size());
-            EXPECT_EQ(convert(source, destination), length);
-            EXPECT_EQ(std::string_view(destination, result.size()), result);
-        }
-        result.resize(length * conversion.to);
-        return result;
+        return result.substr(0, length * sizeof(To));
     }
     void ConvertBytes(const std::string &text)
     {
-        for (const Conversion &conversion : {kUtf8ToCodePage, kCodePageToUtf8, kUtf8ToWide})
-            Convert(conversion, text);
+        Convert(ConvertUtf8ToISO8859WithDest, text);
+        Convert(ConvertISO8859ToUtf8WithDest, text);
+        Convert(ConvertUtf8ToWideCharWithDest, text);
     }
     void ConvertWide(const std::u32string &text)
     {
         const std::string bytes(reinterpret_cast<const char *>(text.data()), 4 * text.size());
-        Convert(kWideToUtf16, bytes);
-        ConvertBytes(Convert(kWideToUtf8, bytes));
+        Convert(ConvertWideCharToUtf16WithDest, bytes);
+        ConvertBytes(Convert(ConvertWideCharToUtf8WithDest, bytes));
+    }
+    // What the bytes of "kept" are after the conversion of no text.
+    template <typename From, typename To>
+    std::string StoredForNull(Conversion<From, To> convert)
+    {
+        std::string destination = "kept";
+        EXPECT_EQ(convert(nullptr, reinterpret_cast<To *>(destination.data())), 0u);
+        return destination;
     }
 
     Digest digest_;
 };
 
-TEST_F(Unicode, BytesAndCodePage)
+TEST_F(Unicode, CharactersInEachForm)
+{
+    const struct {
+        char32_t character;
+        std::string utf8;
+        std::string utf16; // low byte first
+        std::string codePage;
+    } rows[] = {
+        {0x81, "\xC2\x81", {"\x81\0", 2}, "\xBF"},
+        {U'é', "\xC3\xA9", {"\xE9\0", 2}, "\xE9"},
+        {U'š', "\xC5\xA1", "\x61\x01", "\x9A"},
+        {U'€', "\xE2\x82\xAC", "\xAC\x20", "\x80"},
+        {0xD800, "\xED\xA0\x80", {"\0\xD8", 2}, "\xBF"},
+        {0x10FFFF, "\xF4\x8F\xBF\xBF", "\xFF\xDB\xFF\xDF", "\xBF"},
+        {0x1FFFFF, "\xF7\xBF\xBF\xBF", {"\xBF\0", 2}, "\xBF"},
+        {0x200000, "\xBF", {"\xBF\0", 2}, "\xBF"},
+    };
+    for (const auto &row : rows) {
+        const std::string wide(reinterpret_cast<const char *>(&row.character), 4);
+        EXPECT_EQ(Convert(ConvertWideCharToUtf8WithDest, wide), row.utf8);
+        EXPECT_EQ(Convert(ConvertWideCharToUtf16WithDest, wide), row.utf16);
+        EXPECT_EQ(Convert(ConvertUtf8ToISO8859WithDest, row.utf8), row.codePage);
+    }
+}
+
+TEST_F(Unicode, MalformedTexts)
 {
     const struct {
         std::string utf8;
         std::string codePage;
     } rows[] = {
-        {"", ""},
-        {"\xC3\xA9", "\xE9"},
-        {"\xE2\x82\xAC", "\x80"},
-        {"\xC5\xA1", "\x9A"},
-        {"\xE2\x98\x83", "\xBF"},
-        {"\xC2\x85", "\xBF"},
-        {"\xF0", std::string(1, '\0')},
-        {"a\xC3", "a\xC0"},
-        {"\xE2\x82", "\xBF"},
-        {"\x80\xC1x", "\x01x"},
-        {"\xF8\xFF", "\xF8\xFF"},
+        {"\xF0", std::string(1, '\0')}, {"a\xC3", "a\xC0"},       {"\xE2\x82", "\xBF"},
+        {"\x80\xC1x", "\x01x"},         {"\xF8\xFF", "\xF8\xFF"},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(Convert(kUtf8ToCodePage, row.utf8), row.codePage) << row.utf8;
-        char *copy = ConvertUtf8ToISO8859(row.utf8.c_str());
-        EXPECT_STREQ(copy, row.codePage.c_str());
-        free(copy);
-    }
-    EXPECT_EQ(Convert(kCodePageToUtf8, "\x80\x81\xE9z"), "\xE2\x82\xAC\xC2\xBF\xC3\xA9z");
+    for (const auto &row : rows)
+        EXPECT_EQ(Convert(ConvertUtf8ToISO8859WithDest, row.utf8), row.codePage);
 }
 
-TEST_F(Unicode, WideValues)
-{
-    const struct {
-        char32_t value;
-        std::string utf8;
-        std::u16string utf16;
-    } rows[] = {
-        {0xD800, "\xED\xA0\x80", {0xD800}},
-        {0x1F600, "\xF0\x9F\x98\x80", u"\U0001F600"},
-        {0x10FFFF, "\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
-        {0x110000, "\xF4\x90\x80\x80", u"\u00BF"},
-        {0x1FFFFF, "\xF7\xBF\xBF\xBF", u"\u00BF"},
-        {0x200000, "\xBF", u"\u00BF"},
-    };
-    for (const auto &row : rows) {
-        const std::string wide(reinterpret_cast<const char *>(&row.value), 4);
-        EXPECT_EQ(Convert(kWideToUtf8, wide), row.utf8);
-        const std::string utf16 = Convert(kWideToUtf16, wide);
-        EXPECT_EQ(row.utf16.compare(0, row.utf16.npos,
-                                    reinterpret_cast<const char16_t *>(utf16.data()),
-                                    utf16.size() / 2),
-                  0);
-    }
-}
-
-// Each stores an end of its own width, but for the one that stores nothing.
 TEST_F(Unicode, NullSources)
 {
-    for (const Conversion &conversion :
-         {kUtf8ToCodePage, kCodePageToUtf8, kUtf8ToWide, kWideToUtf8, kWideToUtf16}) {
-        std::string destination = "kept";
-        EXPECT_EQ(conversion.exported(nullptr, destination.data()), 0u);
-        const size_t stored = conversion.to == 4 ? 0 : conversion.to;
-        EXPECT_EQ(destination, std::string("kept").replace(0, stored, stored, '\0'));
-    }
+    EXPECT_EQ(StoredForNull(ConvertUtf8ToISO8859WithDest), std::string("\0ept", 4));
+    EXPECT_EQ(StoredForNull(ConvertISO8859ToUtf8WithDest), std::string("\0ept", 4));
+    EXPECT_EQ(StoredForNull(ConvertWideCharToUtf8WithDest), std::string("\0ept", 4));
+    EXPECT_EQ(StoredForNull(ConvertWideCharToUtf16WithDest), std::string("\0\0pt", 4));
+    EXPECT_EQ(StoredForNull(ConvertUtf8ToWideCharWithDest), "kept");
     EXPECT_EQ(ConvertUtf8ToISO8859(nullptr), nullptr);
     EXPECT_EQ(ConvertISO8859ToUtf8(nullptr), nullptr);
 }
 
-// The room is as told; at these lengths it fills what malloc gives, or a byte more is needed.
-TEST_F(Unicode, AllocatedRoom)
+// The room is as told: these lengths fill what malloc gives, or need a byte more.
+TEST_F(Unicode, AllocatedTexts)
 {
-    const auto room = [](void *block) {
-        const size_t bytes = malloc_usable_size(block);
-        free(block);
-        return bytes;
+    const auto roomAndText = [](char *text) {
+        const std::string result = std::to_string(malloc_usable_size(text)) + text;
+        free(text);
+        return result;
     };
-    for (const size_t length : {7u, 18u, 23u, 24u}) {
-        const std::string text(length, '\x80');
-        EXPECT_EQ(room(ConvertUtf8ToISO8859(text.c_str())), room(malloc(length + 1)));
-        EXPECT_EQ(room(ConvertISO8859ToUtf8(text.c_str())), room(malloc(3 * length + 3)));
+    const auto expected = [&](size_t room, const std::string &text) {
+        return roomAndText(strcpy(static_cast<char *>(malloc(room)), text.c_str()));
+    };
+    for (const size_t length : {0u, 7u, 18u, 23u, 24u}) {
+        const std::string text(length, '\xC9');
+        EXPECT_EQ(roomAndText(ConvertUtf8ToISO8859(text.c_str())),
+                  expected(length + 1, Convert(ConvertUtf8ToISO8859WithDest, text)));
+        EXPECT_EQ(roomAndText(ConvertISO8859ToUtf8(text.c_str())),
+                  expected(3 * length + 3, Convert(ConvertISO8859ToUtf8WithDest, text)));
     }
 }
 
@@ -212,7 +181,7 @@ TEST_F(Unicode, LongTextInPlace)
     std::string text;
     for (size_t i = 0; i < 500; i++)
         text += std::string(i % 97, 'a') + "\xE2\x82\xAC";
-    const std::string expected = Convert(kUtf8ToCodePage, text);
+    const std::string expected = Convert(ConvertUtf8ToISO8859WithDest, text);
     EXPECT_EQ(ConvertUtf8ToISO8859WithDest(text.c_str(), text.data()), expected.size());
     EXPECT_STREQ(text.c_str(), expected.c_str());
 }

@@ -1,6 +1,5 @@
 /* A page of code as third parties write it, with the one include that it needs here. It must
- * compile as C11 and as C++17 without a warning; with TRAP set, one mistake is in it that must not.
- */
+ * compile as C11 and as C++17 without a warning; with TRAP, one mistake is in it that must not. */
 #include "wexelxi/client_names.h"
 
 typedef struct PLUGIN {
@@ -30,19 +29,6 @@ static void *WINAPI Worker(LPVOID parameter)
     return NULL;
 }
 
-static BOOL RunWorker(VOID)
-{
-    DWORD result;
-    LPTHREAD_START_ROUTINE routine = Worker;
-    HANDLE thread = CreateThread(NULL, 0, routine, NULL, CREATE_JOINABLE, NULL);
-
-    if (thread == NULL)
-        return FALSE;
-    result = WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
-    return (BOOL)(result != WAIT_FAILED && result != WAIT_TIMEOUT);
-}
-
 static ULONGLONG SizeOfTree(LPCTSTR folder)
 {
     TCHAR path[MAX_PATH];
@@ -52,7 +38,7 @@ static ULONGLONG SizeOfTree(LPCTSTR folder)
 
     wsprintfA(path, TEXT("%s/*.*"), folder);
     if ((find = FindFirstFileA(path, &data)) == INVALID_HANDLE_VALUE)
-        return 0;
+        return GetLastError() == ERROR_FILE_NOT_FOUND;
     do {
         if (!(data.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN)))
             size.QuadPart += data.nFileSizeLow;
@@ -70,100 +56,41 @@ static BOOL ReadTail(LPPLUGIN plugin, LPCSTR name, PBYTE buffer, DWORD bytes)
     HANDLE file = plugin->CreateFileA(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, NULL,
                                       OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, NULL);
 
-    if (file == INVALID_HANDLE_VALUE)
-        return GetLastError() == ERROR_ALREADY_EXISTS;
     position.QuadPart = -(LONGLONG)bytes;
-    if (GetFileSizeEx(file, &size) && GetFileSizeEx(file, &plain) && size.QuadPart == plain &&
-        size.HighPart == 0 && SetFilePointerEx(file, position, NULL, FILE_END) &&
+    if (GetFileSizeEx(file, &size) && GetFileSizeEx(file, &plain) && size.HighPart == 0 &&
+        SetFilePointerEx(file, position, NULL, FILE_END) &&
         SetFilePointerEx(file, position, &position, FILE_CURRENT) &&
         SetFilePointerEx(file, plain, &plain, FILE_BEGIN))
         ReadFile(file, buffer, bytes, &read, &none);
     return plugin->CloseHandle(file) && read == bytes;
 }
 
-static BOOL LoadPlugin(LPPLUGIN plugin, LPCTSTR name)
+BOOL ClientPage(LPCTSTR name, LPLOGFONT logfont);
+BOOL ClientPage(LPCTSTR name, LPLOGFONT logfont)
 {
-    HINSTANCE module = LoadLibraryA(name);
+    BYTE buffer[16];
     LPSECURITY_ATTRIBUTES security = NULL;
+    LPTHREAD_START_ROUTINE routine = Worker;
+    HANDLE thread = CreateThread(NULL, 0, routine, NULL, CREATE_JOINABLE, NULL);
+    DWORD result = WaitForSingleObject(thread, INFINITE);
+    HINSTANCE module = LoadLibraryA(name);
+    HGLOBAL block = GlobalAlloc(GHND, 16);
+    PLUGIN plugin = {CreateFileA, &CloseHandle, GetProcAddress(module, "Entry")};
 
-    plugin->CreateFileA = CreateFileA;
-    plugin->CloseHandle = &CloseHandle;
-    plugin->entry = GetProcAddress(module, "Entry");
-    return (BOOL)(CreateDirectoryA(name, security) && plugin->entry != NULL &&
-                  FindResourceA(module, MAKEINTRESOURCE(5), NULL) == NULL && FreeLibrary(module));
-}
-
-static HFONT MakeFont(HDC dc, LPLOGFONT logfont)
-{
-    logfont->lfDC = dc;
+    GlobalFree(block);
+    ZeroMemory(logfont, sizeof *logfont);
+    logfont->lfDC = CreateDCA("DISPLAY", NULL, NULL, NULL);
     logfont->lfCharSet = ANSI_CHARSET;
     logfont->lfOutPrecision = OUT_TT_PRECIS;
     logfont->lfPitchAndFamily = DEFAULT_PITCH | FF_SWISS;
     logfont->lfWeight = FW_MEDIUM;
     lstrcpynA(logfont->lfFaceName, _T("Sans"), LF_FACESIZE);
-    return CreateFontIndirectA(logfont);
-}
-
-#if TRAP == 1
-void Trap(void);
-void Trap(void)
-{
-    CreateFileA("lost", 0, 0, NULL, OPEN_EXISTING, 0, NULL);
-}
-#elif TRAP == 2
-HMODULE Trap(void);
-HMODULE Trap(void)
-{
-    return GetModuleHandle(NULL);
-}
-#elif TRAP == 3
-BOOL Trap(HWND window);
-BOOL Trap(HWND window)
-{
-    BOOL result = DeleteDC(window);
-    return result == -1;
-}
-#elif TRAP == 4
-LONG Trap(COMMTIMEOUTS *timeouts);
-LONG Trap(COMMTIMEOUTS *timeouts)
-{
-    return (LONG)timeouts->ReadIntervalTimeout;
-}
-#elif TRAP == 5
-SIZE_T Trap(void);
-SIZE_T Trap(void)
-{
-    return sizeof(SECURITY_ATTRIBUTES);
-}
-#elif TRAP == 6
-void Trap(HANDLE file, int *size);
-void Trap(HANDLE file, int *size)
-{
-    GetFileSizeEx(file, size);
-}
-#elif TRAP == 7
-DWORD Trap(void);
-DWORD Trap(void)
-{
-    return FILE_FLAG_DELETE_ON_CLOSE;
-}
-#endif
-
-int ClientPage(int argc, char **argv);
-int ClientPage(int argc, char **argv)
-{
-    PLUGIN plugin;
-    LOGFONTA logfont;
-    BYTE buffer[16];
-    HGLOBAL block = GlobalAlloc(GHND, 16);
-
-    ZeroMemory(&logfont, sizeof logfont);
-    GlobalFree(block);
-    if (argc < 2 || !RunWorker() || !LoadPlugin(&plugin, argv[1]))
-        return 1;
+    DeleteObject(CreateFontIndirectA(logfont));
     SetErrorMode(SEM_FAILCRITICALERRORS);
     ReportEventA(RegisterEventSourceA(NULL, "page"), EVENTLOG_INFORMATION_TYPE, 0, 0, NULL, 0, 0,
                  NULL, NULL);
-    DeleteObject(MakeFont(CreateDCA("DISPLAY", NULL, NULL, NULL), &logfont));
-    return ReadTail(&plugin, argv[1], buffer, sizeof buffer) && SizeOfTree(argv[1]) > 0 ? 0 : 2;
+    return CreateDirectoryA(name, security) && FreeLibrary(module) &&
+           FindResourceA(module, MAKEINTRESOURCE(5), NULL) == NULL && result != WAIT_FAILED &&
+           result != WAIT_TIMEOUT && ReadTail(&plugin, name, buffer, sizeof buffer) &&
+           SizeOfTree(name) > 0;
 }
