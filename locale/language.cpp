@@ -21,25 +21,23 @@ constexpr uint32_t kEnglishUS = 1033;
 constexpr uintptr_t kKeyBits = 0x3FFFFFFF;
 
 // Keys lie in two short runs; each has a slot, and all others have the first.
-constexpr size_t kSlots = 109;
+constexpr size_t kFirstRun = LOCALE_SISO3166CTRYNAME + 1;
+constexpr size_t kSecondRun = LOCALE_IDEFAULTMACCODEPAGE - LOCALE_SENGLANGUAGE + 1;
 
 size_t SlotOfKey(uintptr_t key)
 {
-    if (key <= LOCALE_SISO3166CTRYNAME)
+    if (key < kFirstRun)
         return key;
-    if (key - LOCALE_SENGLANGUAGE <= LOCALE_IDEFAULTMACCODEPAGE - LOCALE_SENGLANGUAGE)
-        return key - LOCALE_SENGLANGUAGE + LOCALE_SISO3166CTRYNAME + 1;
-    return 0;
+    key -= LOCALE_SENGLANGUAGE;
+    return key < kSecondRun ? kFirstRun + key : 0;
 }
-static_assert(LOCALE_IDEFAULTMACCODEPAGE - LOCALE_SENGLANGUAGE + LOCALE_SISO3166CTRYNAME + 1 <
-              kSlots);
 
 // A table, with its values by slot from the first question to it on. The lock guards those.
 struct LanguageTable {
     uint32_t language;
     const LANGUAGEROW *rows;
     bool isIndexed = false;
-    const char *values[kSlots] = {};
+    const char *values[kFirstRun + kSecondRun] = {};
 
     const char *Find(size_t slot)
     {
@@ -152,8 +150,6 @@ const char *wexelxi::FindLocaleValue(uintptr_t language, uintptr_t key)
         ChooseIfNone();
         language = LoadLanguage();
     }
-    if ((language & 0xFF) == 0)
-        language = kEnglishUS;
     const size_t slot = SlotOfKey(key & kKeyBits);
     const char *value = TableOf(static_cast<uint32_t>(language)).Find(slot);
     return value ? value : TableOf(kEnglishUS).Find(slot);

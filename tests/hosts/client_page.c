@@ -1,5 +1,5 @@
 /* A page of code as third parties write it, with the one include that it needs here. It must
- * compile as C11 and as C++17 without a warning; with TRAP, one mistake is in it that must not. */
+ * compile as C11 and as C++17 without a warning. */
 #include "wexelxi/client_names.h"
 
 typedef struct PLUGIN {
