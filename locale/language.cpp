@@ -36,15 +36,13 @@ size_t SlotOfKey(uintptr_t key)
 struct LanguageTable {
     uint32_t language;
     const LANGUAGEROW *rows;
-    bool isIndexed = false;
     const char *values[kFirstRun + kSecondRun] = {};
 
     const char *Find(size_t slot)
     {
-        if (!isIndexed) {
+        if (!values[LOCALE_ILANGUAGE]) { // the first row of each
             for (const LANGUAGEROW *row = rows; row->key != 0; row++)
                 values[SlotOfKey(row->key)] = row->value;
-            isIndexed = true;
         }
         return values[slot];
     }

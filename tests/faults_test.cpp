@@ -198,6 +198,17 @@ const Scenario kScenarios[] = {
                                                     nullptr, text, sizeof text);
      }},
 
+    {"take out seconds",
+     [] {
+         char text[40];
+         const SYSTEMTIME time = {};
+         const int32_t count = FormatLocaleString(1033, 0, TIME_NOSECONDS, &time,
+                                                  "'a picture to copy':ss", text, sizeof text);
+         if (count != 0 && count != 18)
+             abort();
+         return count != 0;
+     }},
+
     {"set up a line",
      [] {
          DCB settings;

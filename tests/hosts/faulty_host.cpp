@@ -39,11 +39,6 @@ ALWAYS_INLINE HFONT MakeFont()
     return CreateFont(10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, "DejaVu Sans");
 }
 
-void *Nothing(void *)
-{
-    return nullptr;
-}
-
 // The host's resources: one id for each way to leave a call.
 intptr_t Resources(uint32_t opcode, intptr_t first, intptr_t second, intptr_t)
 {
