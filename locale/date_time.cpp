@@ -66,6 +66,5 @@ int32_t GetTimeFormat(uintptr_t language, uint32_t flags, const SYSTEMTIME *time
                       const char *picture, char *out, int32_t size)
 {
     LockScope lock;
-    flags &= TIME_NOMINUTESORSECONDS | TIME_NOSECONDS;
     return FormatWithDefaults(language, flags, time, picture, LOCALE_STIMEFORMAT, out, size);
 }

@@ -10,7 +10,7 @@ using namespace wexelxi;
 
 namespace {
 
-constexpr uint32_t kEmptyWide[1] = {0};
+constexpr uint32_t kEmptyWide = 0;
 
 const uint8_t *Bytes(const char *text)
 {
@@ -67,10 +67,10 @@ uint32_t ConvertISO8859ToUtf8WithDest(const char *source, char *destination)
 
 uint32_t ConvertWideCharToUtf8WithDest(const uint32_t *source, char *destination)
 {
-    return static_cast<uint32_t>(WideCharToUtf8(source ? source : kEmptyWide, Bytes(destination)));
+    return static_cast<uint32_t>(WideCharToUtf8(source ? source : &kEmptyWide, Bytes(destination)));
 }
 
 uint32_t ConvertWideCharToUtf16WithDest(const uint32_t *source, uint16_t *destination)
 {
-    return static_cast<uint32_t>(WideCharToUtf16(source ? source : kEmptyWide, destination));
+    return static_cast<uint32_t>(WideCharToUtf16(source ? source : &kEmptyWide, destination));
 }
