@@ -192,15 +192,14 @@ PictureResult FormatPicture(const char *picture, uint32_t flags, const SYSTEMTIM
                             const PictureNames &names, char *buffer, int32_t size)
 {
     *buffer = '\0';
-    // The caller's picture is read where it stands, unless something is taken out of it or the text
-    // goes over it.
+    // The caller's picture is read where it stands, unless something may be taken out of it or the
+    // text goes over it.
     std::string copy;
-    const uint32_t pieces = flags & (TIME_NOMINUTESORSECONDS | TIME_NOSECONDS);
-    if (pieces != 0 || Overlap(picture, buffer, static_cast<size_t>(size))) {
+    if (flags != 0 || Overlap(picture, buffer, static_cast<size_t>(size))) {
         copy = picture;
-        if (pieces & TIME_NOMINUTESORSECONDS)
+        if (flags & TIME_NOMINUTESORSECONDS)
             TakeOut(copy, ":mm");
-        if (pieces & TIME_NOSECONDS)
+        if (flags & TIME_NOSECONDS)
             TakeOut(copy, ":ss");
         picture = copy.c_str();
     }

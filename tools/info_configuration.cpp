@@ -117,7 +117,7 @@ Value DescribeConfiguration(const Session &session)
         {"folderState", fault.empty() ? "writable" : fault},
         {"file", place.file},
         {"fileState", FileState(session)},
-        {"fileBytes", static_cast<int64_t>(state.st_size)},
+        {"fileBytes", state.st_size},
     };
 }
 

@@ -1,5 +1,4 @@
 // Section fonts: the families that fontconfig knows, as EnumFonts tells them.
-#include <cstdlib>
 #include <cstring>
 #include <map>
 
@@ -27,12 +26,6 @@ int32_t CountFace(const LOGFONT *font, const TEXTMETRIC *, uint32_t type, intptr
     return 1;
 }
 
-Value Variable(const char *name)
-{
-    const char *value = getenv(name);
-    return value ? Value(value) : Value();
-}
-
 Families InstalledFamilies()
 {
     Families families;
@@ -54,9 +47,9 @@ Value DescribeFonts(const Session &)
                                      {"trueType", family.trueType},
                                      {"fixedPitch", family.isFixed}});
     }
-    return Value::Record{{"FONTCONFIG_FILE", Variable("FONTCONFIG_FILE")},
-                         {"FONTCONFIG_PATH", Variable("FONTCONFIG_PATH")},
-                         {"families", static_cast<int64_t>(families.size())},
+    return Value::Record{{"FONTCONFIG_FILE", VariableOrNothing("FONTCONFIG_FILE")},
+                         {"FONTCONFIG_PATH", VariableOrNothing("FONTCONFIG_PATH")},
+                         {"families", families.size()},
                          {"faces", faces},
                          {"list", std::move(rows)}};
 }

@@ -10,12 +10,6 @@ namespace info {
 
 namespace {
 
-Value Variable(const char *name)
-{
-    const char *value = getenv(name);
-    return value ? Value(value) : Value();
-}
-
 std::string CodeInFile()
 {
     char code[256] = "";
@@ -94,7 +88,7 @@ Value DescribeLanguage(const Session &)
     told.insert(told.begin(),
                 {{"number", language},
                  {"from", source + (IsKnown(code) ? "" : ", whose code is unknown")}});
-    told.push_back({"WEXELLOCALE", Variable("WEXELLOCALE")});
+    told.push_back({"WEXELLOCALE", VariableOrNothing("WEXELLOCALE")});
     told.push_back({"inFile", CodeInFile()});
     told.push_back({"answers", Samples(language)});
     return told;
@@ -109,14 +103,10 @@ Value DescribeTimeZone(const Session &)
     char now[40];
     snprintf(now, sizeof now, "%04u-%02u-%02u %02u:%02u:%02u", local.wYear, local.wMonth,
              local.wDay, local.wHour, local.wMinute, local.wSecond);
-    return Value::Record{{"TZ", Variable("TZ")},
-                         {"name", zone.StandardName},
-                         {"fromUtc", Minutes(zone.Bias)},
-                         {"bias", zone.Bias},
-                         {"standardBias", zone.StandardBias},
-                         {"daylightName", zone.DaylightName},
-                         {"daylightBias", zone.DaylightBias},
-                         {"localTime", now}};
+    return Value::Record{{"TZ", VariableOrNothing("TZ")},     {"name", zone.StandardName},
+                         {"fromUtc", Minutes(zone.Bias)},     {"bias", zone.Bias},
+                         {"standardBias", zone.StandardBias}, {"daylightName", zone.DaylightName},
+                         {"daylightBias", zone.DaylightBias}, {"localTime", now}};
 }
 
 Faults CheckLanguage(const Session &)

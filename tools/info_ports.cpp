@@ -124,8 +124,7 @@ Value DescribePorts(const Session &)
     char delay[5] = "";
     GetProfileString("Ports", "Delay", "", delay, sizeof delay);
     const long seconds = strtol(delay, nullptr, 10);
-    return Value::Record{{"drainSeconds", static_cast<int64_t>(seconds ? seconds : 120)},
-                         {"ports", std::move(rows)}};
+    return Value::Record{{"drainSeconds", seconds ? seconds : 120}, {"ports", std::move(rows)}};
 }
 
 Faults CheckPorts(const Session &)

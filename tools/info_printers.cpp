@@ -2,7 +2,6 @@
 #include <cstring>
 #include <cups/cups.h>
 #include <cups/ppd.h>
-#include <map>
 #include <unistd.h>
 
 #include "tools/info_sections.h"
@@ -51,7 +50,7 @@ Value::List Papers(const char *name)
     for (size_t i = 0; i < names.size() / CCHPAPERNAME; i++) {
         const auto size = RowAs<DCPAPERSIZE>(sizes, i);
         papers.push_back(Value::Record{{"paper", RowText(names, i, CCHPAPERNAME)},
-                                       {"code", uint32_t{RowAs<uint16_t>(codes, i)}},
+                                       {"code", RowAs<uint16_t>(codes, i)},
                                        {"widthMm", Millimetres(size.width)},
                                        {"lengthMm", Millimetres(size.length)}});
     }
@@ -66,7 +65,7 @@ Value::List Bins(const char *name)
     for (size_t i = 0; i < codes.size() / sizeof(uint16_t); i++) {
         const bool isNamed = i < names.size() / CCHBINNAME;
         bins.push_back(Value::Record{{"bin", isNamed ? RowText(names, i, CCHBINNAME) : ""},
-                                     {"code", uint32_t{RowAs<uint16_t>(codes, i)}}});
+                                     {"code", RowAs<uint16_t>(codes, i)}});
     }
     return bins;
 }
@@ -126,13 +125,10 @@ std::string PpdState(const std::string &name)
 
 std::string LastErrorMeaning(uint32_t code)
 {
-    static const std::map<uint32_t, const char *> meanings = {
-        {ERROR_FILE_NOT_FOUND, "the PPD cannot be opened"},
-        {ERROR_INVALID_DATA, "the PPD does not parse"},
-    };
-    const auto found = meanings.find(code);
     return "last error " + std::to_string(code) +
-           (found == meanings.end() ? "" : std::string(": ") + found->second);
+           (code == ERROR_FILE_NOT_FOUND ? ": the PPD cannot be opened"
+            : code == ERROR_INVALID_DATA ? ": the PPD does not parse"
+                                         : "");
 }
 
 Value DescribePrinter(const std::string &name)
@@ -179,7 +175,7 @@ Value DescribePrinters(const Session &)
     return Value::Record{{"server", cupsServer()},
                          {"scheduler", fault.empty() ? "answers" : "not reachable: " + fault},
                          {"default", defaultName},
-                         {"count", static_cast<int64_t>(printers.size())},
+                         {"count", printers.size()},
                          {"printers", std::move(printers)}};
 }
 

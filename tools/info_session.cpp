@@ -49,6 +49,12 @@ void CopyFirst(const std::string &from, const std::string &to)
 
 } // namespace
 
+Value VariableOrNothing(const char *name)
+{
+    const char *value = getenv(name);
+    return value ? Value(value) : Value();
+}
+
 Place FindPlace(const Options &options)
 {
     Place place;

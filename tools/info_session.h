@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/info_options.h"
+#include "tools/info_value.h"
 
 namespace info {
 
@@ -17,6 +18,9 @@ struct Place {
 };
 
 Place FindPlace(const Options &options);
+
+// What a variable of the environment holds.
+Value VariableOrNothing(const char *name);
 
 // A folder that goes away with all that is in it.
 class PrivateFolder {

@@ -2,6 +2,7 @@
 // programs.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -18,9 +19,7 @@ struct Value {
 
     Value() = default;
     Value(bool flag) : content(flag) {}
-    Value(int64_t number) : content(number) {}
-    Value(uint32_t number) : content(static_cast<int64_t>(number)) {}
-    Value(int32_t number) : content(static_cast<int64_t>(number)) {}
+    Value(std::integral auto number) : content(static_cast<int64_t>(number)) {}
     Value(std::string text) : content(std::move(text)) {}
     Value(const char *text) : content(std::string(text)) {}
     Value(List list) : content(std::move(list)) {}

@@ -55,15 +55,9 @@ Value MachineRecord()
         {"user", user},
         {"processors", system.dwNumberOfProcessors},
         {"processorType", system.dwProcessorType},
-        {"processorLevel", uint32_t{system.wProcessorLevel}},
-        {"processorRevision", uint32_t{system.wProcessorRevision}},
+        {"processorLevel", system.wProcessorLevel},
+        {"processorRevision", system.wProcessorRevision},
     };
-}
-
-Value VariableOrNothing(const char *name)
-{
-    const char *value = getenv(name);
-    return value ? Value(value) : Value();
 }
 
 // The modules in the folders of LD_LIBRARY_PATH, which a load by a bare name looks into.
