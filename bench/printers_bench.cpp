@@ -85,22 +85,19 @@ void FirstQuestionRow()
 }
 
 // A large printer's stored record.
-std::vector<TestOption> HundredOptions()
+std::string HundredOptions()
 {
-    std::vector<TestOption> options;
-    for (int i = 0; i < 100; i++) {
-        TestOption option = {"Option" + std::to_string(i), "An option for people", 1, {}};
-        for (int value = 0; value < 8; value++)
-            option.values.push_back({"Value" + std::to_string(value), "A value", value == i % 8});
-        options.push_back(option);
-    }
-    return options;
+    const std::string values = "abcdefgh";
+    std::string nodes;
+    for (size_t i = 0; i < 100; i++)
+        nodes += Node(1, "Option" + std::to_string(i), values, values.substr(i % 8, 1));
+    return nodes;
 }
 
 void StoredRecordRows()
 {
-    const TestRecord record(HundredOptions()), source(HundredOptions(), 516, "one"),
-        target(HundredOptions(), 516, "two");
+    const TestRecord record(516, HundredOptions()), source(516, HundredOptions(), "one"),
+        target(516, HundredOptions(), "two");
     Row("FindDevModeOption, the last of 100", "a step an option, each checked",
         Ours([&] { Keep(FindDevModeOption(record.get(), "option99")); }),
         Do("a walk that trusts the record", [&] {

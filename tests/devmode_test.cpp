@@ -1,160 +1,370 @@
-// Records in memory: the walk, the changes, damaged blocks, and copies.
+// Settings records: what is made of PPDs and saved options, the walk and the changes in memory,
+// what passes from one to another, and damaged ones.
+#include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <limits>
+#include <random>
 
-#include "print/devmode.h"
+#include "print/devmode_build.h"
+#include "print/merge.h"
+#include "print/ppd_file.h"
+#include "print/ppd_rows.h"
+#include "support/digest.h"
 #include "support/record.h"
+#include "support/scratch.h"
 #include "wexelxi/core.h"
-#include "wexelxi/memory.h"
 
 using namespace wexelxi;
 
 namespace {
 
-// Two twins and, between them, an option without rows.
-const std::vector<TestOption> kOptions = {
-    {"Binding12", "Bind pages", 1, {{"Left", "At left"}, {"Top", "At top", true}}},
-    {"Hollow", "No choices", 1, {}},
-    {"binding12", "A twin", 2, Values("xy", "xy")},
-};
+const std::string kFixtures = TEST_SOURCES "/ppd/";
 
-std::string KeywordsOf(const DEVMODE *record)
+// Papers, bins and the record that a PPD gives.
+std::string AnswersOf(const std::string &path)
 {
-    std::string keywords;
-    const DEVMODEOPTION *option = nullptr;
-    while ((option = NextDevModeOption(record, option)))
-        keywords += std::string(GetDevModeOptionName(option)) + " ";
-    return keywords;
+    Digest digest;
+    const ParsedPPD ppd(ppdOpenFile(path.c_str()));
+    std::vector<PaperRow> papers = EnumPapers(ppd.get());
+    SortPaperList(papers);
+    for (const PaperRow &row : papers) {
+        digest.Add(std::string(row.name, sizeof row.name), row.code, row.size.width,
+                   row.size.length, row.margins.left, row.margins.top, row.margins.right,
+                   row.margins.bottom);
+    }
+    for (const BinRow &row : EnumBins(ppd.get()))
+        digest.Add(std::string(row.name, sizeof row.name), row.code);
+    const Record record = BuildDevMode({"printer", "instance"}, "Unknown", ppd.get());
+    digest.Add(std::string(reinterpret_cast<char *>(record.get()), RecordBytes(record.get())));
+    return digest.hex();
+}
+
+TEST(PPD, RealOnesOfManyMakers)
+{
+    const ScratchFolder extracted;
+    const std::string sample = kFixtures + "sample.txt";
+    ASSERT_EQ(system(("python3 '" TEST_SOURCES "/support/extract_ppds.py' '" + sample + "' '" +
+                      extracted.path() + "'")
+                         .c_str()),
+              0);
+    std::ifstream lines(sample);
+    int number = 0;
+    for (std::string answers, file, line; lines >> answers >> file && std::getline(lines, line);) {
+        const std::string path = extracted.file(std::to_string(number++) + ".ppd");
+        if (!FileExists(path))
+            continue; // is not installed
+        Digest bytes;
+        bytes.Add(ReadWholeFile(path));
+        if (bytes.hex() == file) { // no other version
+            EXPECT_EQ(AnswersOf(path), answers) << line;
+        }
+    }
+}
+
+TEST(PPD, PapersAreTheTablesWithinHalfAMillimetreOrHaveNoCode)
+{
+    const struct {
+        float width, length; // points
+        uint16_t code;
+        int32_t widthAfter, lengthAfter; // tenths of a millimetre
+    } rows[] = {
+        {596.691f, 840.481f, DMPAPER_A4, 2100, 2970}, // 499 micrometres off each way
+        {596.694f, 841.89f, 0, 2105, 2970},
+        {595.276f, 840.472f, 0, 2100, 2965},
+        {-0.2f, 0.425f, 0, 0, 1}, // -70 and 149 micrometres
+        {0.4253f, 1e30f, 0, 2, 21474836},
+        {-1e30f, std::numeric_limits<float>::quiet_NaN(), 0, -21474835, -21474835},
+    };
+    for (const auto &row : rows) {
+        const Paper paper = PaperOf({0, "", row.width, row.length, 0, 0, 0, 0});
+        EXPECT_EQ(paper.code, row.code) << row.width;
+        EXPECT_EQ(paper.size.width, row.widthAfter);
+        EXPECT_EQ(paper.size.length, row.lengthAfter);
+    }
+}
+
+// A saved option of a destination on top of the defaults of odd.ppd, lying across.
+TEST(PPD, SavedOptionsPassWhereThePrinterKnowsThem)
+{
+    const ParsedPPD ppd(ppdOpenFile((kFixtures + "odd.ppd").c_str()));
+    ASSERT_TRUE(ppd);
+    const auto recordWith = [&](const char *name, const char *value) {
+        Record record = BuildDevMode({"odd", {}}, "?", ppd.get());
+        const cups_option_t saved[] = {
+            {const_cast<char *>("orientation-requested"), const_cast<char *>("4")},
+            {const_cast<char *>(name), const_cast<char *>(value)}};
+        ApplySavedOptions(saved, ppd.get(), record.get());
+        return record;
+    };
+    EXPECT_EQ(recordWith("ORIENTATION-requested", "6")->dmOrientation, DMORIENT_PORTRAIT);
+    EXPECT_EQ(recordWith("inputslot", "TRAY2")->dmDefaultSource, 258);
+    EXPECT_EQ(recordWith("Duplex", "duplexNoTumble")->dmDuplex, DMDUP_VERTICAL);
+    EXPECT_EQ(recordWith("PageSize", "Across")->dmPaperLength, 2100);
+    EXPECT_EQ(recordWith("job-sheets", "none,TOPsecret")->dmJobSheetEnd, DMJOBSHEET_TOPSECRET);
+    EXPECT_EQ(recordWith("job-sheets", "classified")->dmJobSheetEnd, DMJOBSHEET_NONE);
+    Digest digest;
+    for (const char *name :
+         {"job-sheets", "JOB-SHEETS", "job-sheet", "orientation-requested", "InputSlot", "PageSize",
+          "PAGESIZE", "PageRegion", "Duplex", "Staple", "Punch", "FOLD", "Empty", "Tray3", ""}) {
+        for (const char *value : {"confidential,standard",
+                                  ",standard",
+                                  "unclassified,none,secret",
+                                  "unheard-of,",
+                                  "3",
+                                  "4",
+                                  "5",
+                                  "6",
+                                  "40",
+                                  "Auto",
+                                  "Tray9",
+                                  "ledger",
+                                  "A4",
+                                  "NoSize",
+                                  "Custom.10x10",
+                                  "none",
+                                  "DuplexTumble",
+                                  "Other",
+                                  "true",
+                                  "Left",
+                                  "Left,Top",
+                                  "Top",
+                                  "Half",
+                                  ""}) {
+            const Record record = recordWith(name, value);
+            digest.Add(std::string_view(reinterpret_cast<char *>(record.get()),
+                                        RecordBytes(record.get())));
+        }
+    }
+    EXPECT_EQ(digest.hex(), "2acd2336beebe150");
+}
+
+// Of two options of 46,000 bytes and a small one the second is left out.
+TEST(PPD, OptionsThatDoNotFitAreLeftOut)
+{
+    std::vector<ppd_choice_t> choices(15000);
+    std::vector<ppd_option_t> options(3);
+    for (ppd_option_t &option : options) {
+        option.choices = choices.data();
+        option.num_choices = &option == &options.back() ? 2 : 15000;
+    }
+    ppd_group_t group = {};
+    group.options = options.data();
+    group.num_options = 3;
+    ppd_file_t ppd = {};
+    ppd.groups = &group;
+    ppd.num_groups = 1;
+    const Record record = BuildDevMode({"many", {}}, "?", &ppd);
+    EXPECT_EQ(record->dmDriverExtra, (22 + 15000 * 3) + (22 + 2 * 3));
+}
+
+TEST(PPD, FilesTellWhatIsWrongAndKeepNothing)
+{
+    const size_t open = OpenDescriptors();
+    PPDFile file;
+    EXPECT_EQ(OpenPPDFile((kFixtures + "none.ppd").c_str(), file), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(OpenPPDFile((kFixtures + "broken.ppd").c_str(), file), ERROR_INVALID_DATA);
+    EXPECT_FALSE(file.stream);
+    EXPECT_EQ(OpenDescriptors(), open);
+    EXPECT_EQ(OpenPPDFile((kFixtures + "odd.ppd").c_str(), file), ERROR_SUCCESS);
+    EXPECT_EQ(OpenDescriptors(), open + 1);
+    EXPECT_NE(fcntl(fileno(file.stream.get()), F_GETFD) & FD_CLOEXEC, 0);
+    rewind(file.stream.get());
+    EXPECT_EQ(fgetc(file.stream.get()), '*') << "the stream is still the PPD's";
 }
 
 TEST(Options, AreReadFromAnyHeadLength)
 {
-    for (size_t head : {516u, 601u}) {
-        const TestRecord record(kOptions, head);
-        EXPECT_EQ(KeywordsOf(record.get()), "Binding12 Hollow binding12 ");
-        const DEVMODEOPTION *option = FindDevModeOption(record.get(), "BINDING12");
+    for (const size_t head : {516u, 601u}) {
+        // Two twins and, between them, an option without rows.
+        const TestRecord record(head, Node(1, "Binding12", "ab", "b") + Node(1, "Hollow", "") +
+                                          Node(2, "binding12", "x"));
+        DEVMODEOPTION *option = FindDevModeOption(record.get(), "BINDING12");
         ASSERT_EQ(reinterpret_cast<const char *>(option), record.data() + head);
-        EXPECT_STREQ(GetDevModeOptionUIName(option), "Bind pages");
-        const DEVMODEVALUE *value = GetFirstDevModeOptionValue(option);
-        EXPECT_EQ(IsDevModeOptionValueSelected(value), 0);
+        EXPECT_STREQ(GetDevModeOptionUIName(option), "Words");
+        DEVMODEVALUE *value = GetFirstDevModeOptionValue(option);
+        EXPECT_EQ(IsDevModeOptionValueSelected(value), FALSE);
         value = GetNextDevModeOptionValue(option, value);
-        EXPECT_STREQ(GetDevModeOptionValueName(option, value), "Top");
-        EXPECT_STREQ(GetDevModeOptionValueUIName(option, value), "At top");
-        EXPECT_EQ(IsDevModeOptionValueSelected(value), 1);
-        EXPECT_EQ(FindDevModeOption(record.get(), "Binding"), nullptr);
-    }
-    EXPECT_EQ(FindDevModeOption(TestRecord().get(), ""), nullptr);
-}
-
-TEST(Options, SelectAValue)
-{
-    const struct {
-        int16_t kind;
-        const char *values;
-        const char *selected;
-        const char *name;
-        const char *after;
-    } rows[] = {
-        {1, "abc", "a", "C", "001"},  // without regard to case
-        {1, "abc", "ab", "z", "010"}, // an unknown name keeps the choice, of two the last
-        {0, "abc", "", "z", "100"},   // or gets the first
-        {2, "abc", "ab", "z", "000"}, // any number may be selected, also none
-        {1, "aba", "b", "a", "101"},  // every row of the name
-        {1, "abc", "b", "ab", "010"}, // not a prefix
-        {1, "", "", "a", ""},         // writes nothing without rows
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(std::string(row.values) + " " + row.selected + " <- " + row.name);
-        const TestRecord record({{"Key", "Text", row.kind, Values(row.values, row.selected)}});
-        DEVMODEOPTION *option = NextDevModeOption(record.get(), nullptr);
-        SetDevModeOptionValue(option, row.name);
-        EXPECT_EQ(Selected(option), row.after);
+        EXPECT_EQ(IsDevModeOptionValueSelected(value), TRUE);
+        EXPECT_STREQ(GetDevModeOptionValueName(option, value), "b");
+        EXPECT_STREQ(GetDevModeOptionValueUIName(option, value), "Tb");
+        EXPECT_EQ(SetDevModeOptionValueSelected(value, 0), TRUE);
+        EXPECT_EQ(*GetDevModeOptionValueSelectedPtr(value), 0);
+        EXPECT_EQ(SetDevModeOptionValueSelected(value, 2), TRUE);
+        EXPECT_EQ(Selected(option), "01");
         DeselectAllOptionValues(option);
-        EXPECT_EQ(Selected(option), std::string(strlen(row.values), '0'));
+        EXPECT_EQ(Selected(option), "00");
+        option = NextDevModeOption(record.get(), NextDevModeOption(record.get(), option));
+        EXPECT_STREQ(GetDevModeOptionName(option), "binding12");
+        EXPECT_EQ(NextDevModeOption(record.get(), option), nullptr);
     }
-    DEVMODEVALUE value = {0};
-    EXPECT_EQ(SetDevModeOptionValueSelected(&value, 2), TRUE);
-    EXPECT_EQ(*GetDevModeOptionValueSelectedPtr(&value), 1);
-    EXPECT_EQ(SetDevModeOptionValueSelected(&value, 0), TRUE);
-    EXPECT_EQ(value.selected, 0);
 }
 
-TEST(Damage, EndsTheWalkAtTheFirstBadNode)
+TEST(Options, TakeAValueOrKeepTheirOwn)
 {
-    const auto first = static_cast<int64_t>(NodeBytes(kOptions[0]).size());
-    const size_t second = 516 + static_cast<size_t>(first);
-    const struct {
-        const char *what;
-        size_t offset;
-        size_t width;
-        int64_t value;
-        const char *keywords;
-    } rows[] = {
-        {"a reserved number", second + 16, 4, -1, "Binding12 Hollow binding12 "},
-        {"an unknown kind", second + 4, 2, -7, "Binding12 Hollow binding12 "},
-        {"length 0", second, 4, 0, "Binding12 "},
-        {"length back to the first", second, 4, -first, "Binding12 "},
-        {"length past the end", second, 4, 1 << 20, "Binding12 "},
-        {"one row too many", second + 14, 2, 1, "Binding12 "},
-        {"keyword without room", second + 6, 2, 0, "Binding12 "},
-        {"UI name past the node", second + 8, 2, 32767, "Binding12 "},
-        {"value width negative", 516 + 10, 2, -30000, ""},
-        {"value name without room", second + 10, 2, 0, "Binding12 "},
-        {"value text without room", second + 12, 2, 0, "Binding12 "},
-        {"a block that is cut", 390, 2, first - 1, ""},
-        {"a head of no length", 388, 2, 0, ""},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        std::string bytes = TestRecord(kOptions).bytes();
-        const TestRecord record(bytes.replace(row.offset, row.width, Number(row.value, row.width)));
-        EXPECT_EQ(KeywordsOf(record.get()), row.keywords);
-        EXPECT_EQ(FindDevModeOption(record.get(), "no such"), nullptr);
-    }
-    const TestRecord record(kOptions);
-    DEVMODEOPTION *option = FindDevModeOption(record.get(), "Hollow");
-    option->valueCount = -1; // rows that count backwards, in a node as much shorter
-    option->length -= 3;
-    EXPECT_EQ(KeywordsOf(record.get()), "Binding12 ");
-    option->length = static_cast<int32_t>(-first);
-    EXPECT_EQ(NextDevModeOption(record.get(), option), nullptr);
-    const TestRecord other(kOptions);
-    EXPECT_EQ(NextDevModeOption(record.get(), NextDevModeOption(other.get(), nullptr)), nullptr);
-}
-
-// Of a node that a host hands in itself, no more rows are changed than lie whole inside it.
-TEST(Damage, RowsEndWithTheirNode)
-{
-    const struct {
-        int32_t length; // 57 is right: 29 and two rows of 14
-        int16_t count, width;
-        const char *after;
-    } rows[] = {{57, 2, 7, "00"},  {57, 9, 7, "00"}, {56, 2, 7, "01"}, {28, 2, 7, "11"},
-                {-57, 2, 7, "11"}, {57, 2, 0, "11"}, {57, -1, 7, "11"}};
-    for (const auto &row : rows) {
-        const TestRecord record(
-            {{"Key", "Text", 2, {{"Left", "Going", true}, {"Middle", "Six", true}}}});
+    const auto after = [](int16_t kind, const char *values, const char *selected, const char *set) {
+        const TestRecord record(516, Node(kind, "Key", values, selected));
         DEVMODEOPTION *option = NextDevModeOption(record.get(), nullptr);
-        const DEVMODEOPTION sound = *option;
-        option->length = row.length;
-        option->valueCount = row.count;
-        option->valueNameWidth = row.width;
-        DeselectAllOptionValues(option);
-        *option = sound;
-        EXPECT_EQ(Selected(option), row.after) << row.length << " " << row.count;
-    }
+        SetDevModeOptionValue(option, set);
+        return Selected(option);
+    };
+    EXPECT_EQ(after(DMOPTION_PICKONE, "abc", "a", "C"), "001");
+    EXPECT_EQ(after(DMOPTION_PICKONE, "aba", "b", "a"), "101") << "every row of the name";
+    EXPECT_EQ(after(DMOPTION_PICKONE, "abc", "ab", "z"), "010") << "the last that was selected";
+    EXPECT_EQ(after(DMOPTION_BOOLEAN, "abc", "", "z"), "100");
+    EXPECT_EQ(after(DMOPTION_PICKMANY, "abc", "ab", "z"), "000");
 }
 
-TEST(Damage, TextsEndWithTheirFields)
+TEST(Options, PassWhereTheTargetCanExpressThem)
 {
-    std::string bytes = TestRecord({{"Key", "Text", 1, Values("ab", "a")}}).bytes();
-    std::replace(bytes.begin() + 536, bytes.end(), '\0', 'e'); // no terminator in the node
-    const TestRecord record(bytes.replace(0, 384, 384, 'n'));
-    DEVMODEOPTION *option = FindDevModeOption(record.get(), "keye");
-    ASSERT_TRUE(option);
-    SetDevModeOptionValue(option, "BE");
-    EXPECT_EQ(Selected(option), "01");
-    EXPECT_EQ(RecordView(record.get()).printerName(), std::string(127, 'n'));
-    EXPECT_EQ(RecordView(record.get(), 5).printerName(), "nnnnn") << "a block that is short";
+    const auto after = [](const std::string &from, const std::string &to) {
+        const TestRecord source(520, from);
+        const TestRecord target(516, to);
+        MergeSettings(source.get(), target.get(), {}, {});
+        return Selected(FindDevModeOption(target.get(), "key"));
+    };
+    const std::string both = Node(DMOPTION_PICKMANY, "KEY", "abc", "ac");
+    EXPECT_EQ(after(both, Node(DMOPTION_PICKMANY, "Key", "xa", "x")), "01");
+    EXPECT_EQ(after(both, Node(DMOPTION_PICKONE, "Key", "cba", "b")), "101") << "each by itself";
+    EXPECT_EQ(after(both, Node(DMOPTION_PICKMANY, "Key", "aba", "")), "101");
+    EXPECT_EQ(after(both, Node(DMOPTION_PICKONE, "Key", "aba", "")), "100") << "the first alone";
+    EXPECT_EQ(after(both, Node(DMOPTION_PICKONE, "Key", "xy", "y")), "01") << "keeps its own";
+}
+
+// Records whose numbers and texts are of few kinds, so that much of what two say meets.
+class AnyRecord {
+public:
+    explicit AnyRecord(uint32_t seed) : random_(seed) {}
+
+    template <typename T>
+    T OneOf(std::initializer_list<T> these)
+    {
+        return these.begin()[random_() % these.size()];
+    }
+
+    // Letters, with or without an end among them.
+    std::string Text(size_t length)
+    {
+        std::string text(length, '\0');
+        for (char &c : text)
+            c = OneOf({'a', 'A', 'b', '\xE4', '\xC4', '\0', '\0', '\1'});
+        return text;
+    }
+
+    // A sound node, or one in which a number is another.
+    std::string AnyNode()
+    {
+        const size_t sizes[] = {1 + random_() % 3, 1 + random_() % 2, 1 + random_() % 3,
+                                1 + random_() % 2, random_() % 4};
+        const std::string parts = Text(sizes[0] + sizes[1] + sizes[4] * (1 + sizes[2] + sizes[3]));
+        std::string node = Number(static_cast<int64_t>(20 + parts.size()), 4);
+        node += Number(OneOf({0, 1, 2, 2}), 2);
+        for (const size_t size : sizes)
+            node += Number(static_cast<int64_t>(size), 2);
+        node += Number(0, 4) + parts;
+        if (OneOf({true, false, false}))
+            node.replace(2 * (random_() % 8), 2, Number(OneOf({0, 1, 3, 21, -1, 32767}), 2));
+        return node;
+    }
+
+    TestRecord Make()
+    {
+        std::string nodes;
+        for (size_t count = random_() % 4; count > 0; count--)
+            nodes += AnyNode();
+        TestRecord record(OneOf<size_t>({516, 516, 516, 600, 512, 410, 409, 400, 399, 392, 391, 0}),
+                          nodes, OneOf<const char *>({"Laser", "Ink"}));
+        for (size_t i = 392; i < record->dmSize; i++)
+            record.data()[i] = static_cast<char>(random_());
+        if (record->dmSize >= 410) {
+            record->dmPaperSize = OneOf<int16_t>({9, 1, 5, -9});
+            record->dmDefaultSource = OneOf<int16_t>({256, 257, 258, 999});
+        }
+        return record;
+    }
+
+    // The record as it is, or in a block that holds no more of it than that.
+    RecordView In(TestRecord &record)
+    {
+        if (OneOf({true, false}))
+            return record.get();
+        record = TestRecord(record.bytes().substr(0, random_() % (record.size() + 1)));
+        return {record.get(), record.size()};
+    }
+
+    // What a printer has, which may be nothing.
+    PrinterOffer Offer()
+    {
+        static const uint16_t papers[] = {1, 9, 0}, bins[] = {256, 257, 258};
+        static const char names[][3][CCHBINNAME] = {{"Upper", "Lower", "Manual"},
+                                                    {"lower", "Manual", "Upper"}};
+        const size_t count = random_() % 4;
+        return {{papers, count}, {bins, count}, names[random_() % 2]};
+    }
+
+private:
+    std::mt19937 random_;
+};
+
+TEST(AnyRecords, AreWalkedAndChangedWithinTheirBytes)
+{
+    AnyRecord any(1);
+    Digest digest;
+    for (int round = 0; round < 5000; round++) {
+        TestRecord record = any.Make();
+        const RecordView view = any.In(record);
+        digest.Add(view.printerName());
+        const std::span<char> block = view.options();
+        for (DEVMODEOPTION *option = nullptr; (option = NextOption(block, option));) {
+            digest.Add(KeywordOf(option));
+            if (any.OneOf({true, false})) // what a host hands in itself
+                option->length += any.OneOf({-1, 1, -30, -1000});
+            if (any.OneOf({true, false}))
+                SelectValue(option, any.Text(2).c_str());
+            else
+                DeselectAllValues(option);
+        }
+        const DEVMODEOPTION *found = FindOption(block, any.Text(2).c_str());
+        digest.Add(found ? reinterpret_cast<const char *>(found) - block.data() : -1);
+        digest.Add(record.bytes());
+    }
+    EXPECT_EQ(digest.hex(), "2598d089a78918d7");
+}
+
+TEST(AnyRecords, PassWhatTheOtherAndItsPrinterKnow)
+{
+    AnyRecord any(2);
+    Digest digest;
+    for (int round = 0; round < 5000; round++) {
+        TestRecord source = any.Make();
+        TestRecord target = any.Make();
+        const RecordView from = any.In(source);
+        const RecordView to = any.In(target);
+        const PrinterOffer theirs = any.Offer();
+        const PrinterOffer own = any.Offer();
+        const std::string before = source.bytes();
+        MergeSettings(from, to, theirs, own);
+        MergeSettings(from, from, theirs, own);
+        EXPECT_EQ(source.bytes(), before);
+        digest.Add(target.bytes());
+    }
+    EXPECT_EQ(digest.hex(), "9e96e31261e3ea93");
+}
+
+TEST(AnyRecords, ReadAsTheDefaultsInTheirOwnShape)
+{
+    AnyRecord any(3);
+    Digest digest;
+    for (int round = 0; round < 5000; round++) {
+        const TestRecord defaults = any.Make();
+        const TestRecord record =
+            any.OneOf({true, false}) ? any.Make() : TestRecord(any.Text(defaults.size()));
+        if (record.size() == defaults.size())
+            memcpy(&record->dmSize, &defaults->dmSize, 4);
+        RestoreDefaults(defaults.get(), record.get());
+        digest.Add(record.bytes());
+    }
+    EXPECT_EQ(digest.hex(), "1673d00dafd2240a");
 }
 
 } // namespace

@@ -1,17 +1,16 @@
-// Document properties, merging of records with printers and without, and the print dialog's data.
+// Document properties, records that pass between printers, and the print dialog's data.
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <thread>
+#include <vector>
 
-#include "print/merge.h"
+#include "support/digest.h"
 #include "support/last_error.h"
 #include "support/library.h"
 #include "support/private_cups.h"
 #include "support/record.h"
 #include "wexelxi.h"
-
-using namespace wexelxi;
 
 namespace {
 
@@ -32,7 +31,7 @@ protected:
         for (const char *name : {"odd", "twin", "broken"})
             ASSERT_TRUE(cups.AddPrinter(name, TEST_SOURCES "/ppd/odd.ppd"));
         cups.ReplacePPD("broken", "no PPD at all\n");
-        ASSERT_TRUE(cups.AddPrinter("plain") && cups.SetDefault("plain"));
+        ASSERT_TRUE(cups.AddPrinter("plain") && cups.Run("lpoptions -d plain"));
     }
 
     StartedLibrary library;
@@ -51,7 +50,7 @@ TEST_F(Documents, ModesActAsTold)
         uint32_t error;
         int16_t copies; // of the current record afterwards
     } rows[] = {
-        {0, false, false, static_cast<int32_t>(wish.size()), ERROR_SUCCESS, 1},
+        {0, false, false, 785, ERROR_SUCCESS, 1},
         {DM_COPY, false, true, IDOK, ERROR_SUCCESS, 1},
         {DM_PROMPT, false, true, IDOK, ERROR_SUCCESS, 1},
         {DM_UPDATE, false, true, IDCANCEL, ERROR_SUCCESS, 1},
@@ -63,77 +62,20 @@ TEST_F(Documents, ModesActAsTold)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.mode);
-        const TestRecord out(std::string(wish.size(), '\xEE'));
-        const std::string untouched = out.bytes();
+        const TestRecord out(std::string(785, '\xEE'));
         EXPECT_OUTCOME(DocumentProperties(nullptr, nullptr, "ODD", row.out ? out.get() : nullptr,
                                           row.in ? wish.get() : nullptr, row.mode),
                        row.result, row.error);
         const TestRecord current = CurrentOf("odd");
         const bool copied = row.result == IDOK && (row.mode & DM_COPY);
-        EXPECT_EQ(out.bytes(), copied ? current.bytes() : untouched);
+        EXPECT_EQ(out.bytes(), copied ? current.bytes() : std::string(785, '\xEE'));
         EXPECT_EQ(current->dmCopies, row.copies);
     }
     EXPECT_LAST_ERROR(RestoreDefaultDevmode(wish.get()), ERROR_SUCCESS);
     EXPECT_EQ(wish.bytes(), defaults);
     EXPECT_EQ(CurrentOf("odd")->dmCopies, 4);
-
     EXPECT_OUTCOME(DocumentProperties(nullptr, nullptr, "broken", nullptr, nullptr, 0), -1,
                    ERROR_INVALID_PRINTER_NAME);
-    strcpy(wish->dmDeviceName, "broken");
-    const std::string before = wish.bytes();
-    EXPECT_LAST_ERROR(RestoreDefaultDevmode(wish.get()), ERROR_INVALID_PRINTER_NAME);
-    EXPECT_EQ(wish.bytes(), before);
-}
-
-// Between printers, and from blocks that hold less than their record says, or no record at all.
-TEST_F(Documents, RecordsPassBetweenPrinters)
-{
-    const struct {
-        const char *source;
-        size_t bytes; // of the source's block, of 785
-        int16_t paper, bin;
-        uint32_t error;
-        int16_t paperAfter, binAfter, copiesAfter;
-        const char *punchAfter;
-    } rows[] = {
-        {"odd", 785, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258, 7, "010"},
-        {"odd", 785, DMPAPER_ENV_DL, 999, ERROR_SUCCESS, DMPAPER_A4, 257, 7, "010"}, // not known
-        {"gone/too", 785, DMPAPER_TABLOID, 256, ERROR_SUCCESS, DMPAPER_TABLOID, 257, 7, "010"},
-        {"broken", 785, DMPAPER_TABLOID, 258, ERROR_INVALID_DATA, DMPAPER_TABLOID, 257, 7, "010"},
-        {"odd", 784, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258, 7, "010"},
-        {"odd", 516, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 258, 7, "000"},
-        {"odd", 407, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_TABLOID, 257, 1, "000"},
-        {"odd", 391, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_A4, 257, 1, "000"},
-        {"broken", 0, DMPAPER_TABLOID, 258, ERROR_SUCCESS, DMPAPER_A4, 257, 1, "000"},
-    };
-    const TestRecord own = CurrentOf("twin");
-    for (const auto &row : rows) {
-        SCOPED_TRACE(std::string(row.source) + " " + std::to_string(row.bytes));
-        const TestRecord source = CurrentOf("odd");
-        ASSERT_EQ(source.size(), 785u);
-        strcpy(source->dmDeviceName, row.source);
-        source->dmPaperSize = row.paper;
-        source->dmDefaultSource = row.bin;
-        source->dmCopies = 7;
-        SetDevModeOptionValue(FindDevModeOption(source.get(), "Punch"), "top");
-        HGLOBAL from = GlobalAlloc(0, static_cast<int32_t>(row.bytes));
-        memcpy(from, source.data(), row.bytes);
-        HGLOBAL to = MakeDevModeHan(own.get());
-        EXPECT_LAST_ERROR(CopyDevModeSettings(from, to), row.error);
-        const auto *result = static_cast<DEVMODE *>(to);
-        EXPECT_STREQ(result->dmDeviceName, "twin");
-        EXPECT_EQ(result->dmPaperSize, row.paperAfter);
-        EXPECT_EQ(result->dmDefaultSource, row.binAfter);
-        EXPECT_EQ(result->dmCopies, row.copiesAfter);
-        EXPECT_EQ(Selected(FindDevModeOption(result, "Punch")), row.punchAfter);
-        CopyDevModeSettings(from, from);
-        EXPECT_LAST_ERROR(CopyDevModeSettings(nullptr, from), kUnchanged);
-        EXPECT_EQ(memcmp(from, source.data(), row.bytes), 0);
-        CopyDevModeSettings(to, from); // no further than it has, which its guard would show
-        EXPECT_EQ(GlobalSize(from), row.bytes);
-        GlobalFree(from);
-        GlobalFree(to);
-    }
 }
 
 TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
@@ -153,10 +95,8 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
         {"odd", 0, "odd", 1, 785},     // the printer's own settings
         {"ODD", 785, "ODD", 7, 785},   // another name
         {"twin", 785, "twin", 7, 785}, // merged into the printer's
-        {"nobody/x", 785, "nobody/x", 7, 516},
         {"broken", 0, nullptr, 0, 0},
-        {nullptr, 516, "odd", 7, 785}, // what the block lacks is zero
-        {nullptr, 392, "odd", 0, 785},
+        {nullptr, 516, "odd", 7, 785},   // what the block lacks is zero
         {nullptr, 391, "plain", 1, 516}, // no record
     };
     for (const auto &row : rows) {
@@ -182,118 +122,40 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
     }
 }
 
-TEST(Merge, PassesTheHeadFieldByField)
+// From blocks that hold a record, less than it says, or none, and from records of other printers.
+TEST_F(Documents, RecordsPassBetweenPrinters)
 {
-    const uint16_t papers[] = {1, 9, 0};
-    const uint16_t bins[] = {256, 257, 258, 259};
-    const char names[][24] = {"Upper", "Lower", "Manual", "Manual too"};
-    const char others[][24] = {"lower", "Manual", "Upper 2", "Upper"};
-    const PrinterOffer from{papers, bins, names};
-    const PrinterOffer to{papers, bins, others};
-    const struct {
-        int16_t paper;
-        int16_t bin;
-        size_t head; // of the source
-        PrinterOffer from;
-        PrinterOffer to;
-        const char *passed; // a letter for each 2 bytes from dmFields on
-        int binAfter;
-    } rows[] = {
-        {9, 256, 516, from, to, "FFopppscb-cd--c", 259},
-        {0, 258, 516, from, to, "FFopppscb-cd--c", 257},
-        {5, 257, 516, from, to, "FFo---sc--cd--c", 0}, // case counts
-        {-9, 999, 600, from, to, "FFo---sc--cd--c", 0},
-        {9, 256, 516, {}, to, "FFopppsc--cd--c", 0},
-        {9, 256, 516, from, {}, "FFo---sc--cd--c", 0},
-        {9, 256, 410, from, to, "FFopppscb------", 259},
-        {9, 256, 409, from, to, "FFopppsc-------", 0},
-        {9, 256, 399, from, to, "FFo------------", 0},
-        {9, 256, 20, from, to, "---------------", 0},
-        {9, 256, 0, from, to, "---------------", 0},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.passed);
-        std::string bytes(600, 's');
-        bytes.replace(388, 4, Number(static_cast<int64_t>(row.head), 4));
-        bytes.replace(398, 2, Number(row.paper, 2));
-        bytes.replace(408, 2, Number(row.bin, 2));
-        const TestRecord source(bytes.substr(0, std::max<size_t>(row.head, 392)));
-        const TestRecord target;
-        memset(target.data() + 392, 't', 124);
-        std::string expected = target.bytes();
-        for (size_t i = 0; i < 15; i++)
-            if (row.passed[i] != '-')
-                expected.replace(392 + 2 * i, 2, source.bytes(), 392 + 2 * i, 2);
-        if (row.head >= 516)
-            expected.replace(508, 8, source.bytes(), 508, 8);
-        if (row.binAfter)
-            expected.replace(408, 2, Number(row.binAfter, 2));
-        MergeSettings(source.get(), target.get(), row.from, row.to);
-        EXPECT_EQ(target.bytes(), expected);
-        MergeSettings(target.get(), source.get(), row.to, row.from); // no further than it has
+    Digest digest;
+    for (const char *source : {"odd", "odd/fine", "plain", "gone/too", "broken"}) {
+        for (const size_t bytes : {785u, 784u, 516u, 407u, 392u, 391u, 0u}) {
+            const TestRecord record(CurrentOf("odd").bytes());
+            strcpy(record->dmDeviceName, source);
+            record->dmPaperSize = bytes == 784 ? DMPAPER_ENV_DL : DMPAPER_TABLOID;
+            record->dmDefaultSource = bytes == 516 ? 256 : 258;
+            record->dmCopies = static_cast<int16_t>(bytes % 256);
+            SetDevModeOptionValue(FindDevModeOption(record.get(), "Punch"), "top");
+            HGLOBAL from = GlobalAlloc(0, static_cast<int32_t>(bytes));
+            memcpy(from, record.data(), bytes);
+            for (const char *name : {"twin", "plain", "odd/fine"}) {
+                HGLOBAL to = MakeDevModeHan(CurrentOf(name).get());
+                SetLastError(kUnchanged);
+                CopyDevModeSettings(from, to);
+                digest.Add(GetLastError(), std::string(static_cast<char *>(to), GlobalSize(to)));
+                CopyDevModeSettings(to, from); // no further than it has, which its guard would show
+                SetLastError(kUnchanged);
+                UpdatePPD(bytes == 785 ? name : "plain", nullptr, record.get());
+                digest.Add(GetLastError(), CurrentOf("twin").bytes(), CurrentOf("plain").bytes());
+                GlobalFree(to);
+            }
+            EXPECT_LAST_ERROR(CopyDevModeSettings(nullptr, from), kUnchanged);
+            EXPECT_LAST_ERROR(CopyDevModeSettings(from, nullptr), kUnchanged);
+            SetLastError(kUnchanged);
+            RestoreDefaultDevmode(record.get());
+            digest.Add(GetLastError(), record.bytes());
+            GlobalFree(from);
+        }
     }
-}
-
-TEST(Merge, PassesOptionsTheTargetCanExpress)
-{
-    const struct {
-        int16_t kind;
-        const char *values;
-        const char *selected;
-        int16_t targetKind;
-        const char *targetValues;
-        const char *targetSelected;
-        const char *after;
-    } rows[] = {
-        {1, "abc", "c", 1, "CBA", "A", "100"},  // by name without case, not by place
-        {1, "abc", "c", 1, "ab", "b", "01"},    // a value it lacks keeps its own
-        {2, "abc", "ac", 2, "xa", "x", "01"},   // of two it takes the one it has
-        {2, "abc", "ab", 1, "abc", "c", "110"}, // each selected row passes by itself
-        {2, "abc", "", 2, "abc", "ab", "110"},  // nothing selected passes nothing
-        {2, "ab", "a", 2, "aba", "b", "101"},   // of many to many every row of the name
-        {1, "ab", "a", 2, "aba", "b", "100"},   // else the first
-        {2, "ab", "a", 0, "aba", "b", "100"},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(std::string(row.selected) + " -> " + row.targetValues);
-        const std::vector<TestValue> own = Values("ab", "b");
-        const TestRecord source(
-            {{"Dropped", "", 1, own}, {"KEY", "Text", row.kind, Values(row.values, row.selected)}},
-            520);
-        const TestRecord target(
-            {{"Kept", "", 1, own},
-             {"Key", "Longer text", row.targetKind, Values(row.targetValues, row.targetSelected)},
-             {"key", "Never reached", row.targetKind, own}});
-        const std::string before = source.bytes();
-        MergeSettings(source.get(), target.get(), {}, {});
-        MergeSettings(source.get(), source.get(), {}, {});
-        EXPECT_EQ(source.bytes(), before);
-        EXPECT_EQ(Selected(FindDevModeOption(target.get(), "kept")), "01");
-        DEVMODEOPTION *option = FindDevModeOption(target.get(), "key");
-        EXPECT_EQ(Selected(option), row.after);
-        EXPECT_EQ(Selected(NextDevModeOption(target.get(), option)), "01");
-    }
-}
-
-TEST(RestoreDefaults, CopiesOrKeepsTheShape)
-{
-    const TestRecord defaults({{"Key", "Text", 1, Values("ab", "b")}}, 516, "Laser");
-    defaults->dmCopies = 3;
-    const TestRecord same({{"Yek", "txeT", 1, Values("cd")}}, 516, "laser and more");
-    RestoreDefaults(defaults.get(), same.get());
-    EXPECT_EQ(same.bytes(), defaults.bytes());
-
-    for (size_t head : {516u, 600u, 407u, 392u}) {
-        const TestRecord other({{"Key", "Text", 1, Values("abc", "a")}}, head, "laser");
-        memset(other.data() + 392, 7, head - 392);
-        std::string expected = other.bytes();
-        const size_t restored = std::min<size_t>(head, 516) - 392;
-        expected.replace(0, 388, defaults.bytes(), 0, 388);
-        expected.replace(392, restored, defaults.bytes(), 392, restored);
-        RestoreDefaults(defaults.get(), other.get());
-        EXPECT_EQ(other.bytes().substr(0, head), expected.substr(0, head));
-        EXPECT_EQ(Selected(FindDevModeOption(other.get(), "key")), "010");
-    }
+    EXPECT_EQ(digest.hex(), "3a5ea8cbc56f47fa");
 }
 
 TEST(DocumentsAlone, NoSchedulerMeansNoPrinters)
@@ -308,27 +170,15 @@ TEST(DocumentsAlone, NoSchedulerMeansNoPrinters)
                    kUnchanged);
     EXPECT_EQ(name, &dialog);
     EXPECT_EQ(outList, list);
-    HDC dc = CreateIC(nullptr, nullptr, nullptr, nullptr);
-    EXPECT_TRUE(dc);
-    DeleteDC(dc);
-}
 
-TEST(DocumentsAlone, ThreadsSeeWholeRecords)
-{
-    setenv("CUPS_SERVER", "/nonexistent/cups.sock", 1);
-    StartedLibrary library;
     std::atomic<int> torn = 0;
     const auto change = [&torn](int16_t number) {
-        TestRecord wish({}, 516, "other");
+        const TestRecord wish(516, "", "other");
         wish->dmCopies = wish->dmScale = number;
-        HPRINTERPPD printer = nullptr;
-        OpenPrinterPPD("shared", &printer);
         for (int i = 0; i < 200; i++) {
             DocumentProperties(nullptr, nullptr, "shared", nullptr, wish.get(), DM_MODIFY);
-            HGLOBAL copy = GetCopyOfDevmodeFromPPD(printer);
-            const auto *record = static_cast<const DEVMODE *>(copy);
-            torn += record->dmCopies != record->dmScale;
-            GlobalFree(copy);
+            const TestRecord seen = CurrentOf("shared");
+            torn += seen->dmCopies != seen->dmScale;
         }
     };
     std::vector<std::thread> threads;
@@ -353,6 +203,9 @@ TEST(DocumentsAlone, EmptyCallsClearTheLastError)
     EXPECT_OUTCOME(AdvancedDocumentProperties(nullptr, nullptr, nullptr, nullptr, nullptr), 0,
                    ERROR_SUCCESS);
     EXPECT_OUTCOME(PrinterProperties(nullptr), IDCANCEL, kUnchanged);
+    EXPECT_LAST_ERROR(UpdatePPDDevMode("odd", nullptr, nullptr), kUnchanged);
+    HDC dc = CreateIC(nullptr, nullptr, nullptr, nullptr);
+    EXPECT_OUTCOME(DeleteDC(dc), TRUE, kUnchanged);
 }
 
 } // namespace

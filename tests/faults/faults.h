@@ -5,13 +5,16 @@
 #include <cstdint>
 #include <ostream>
 
+#include "wexelxi/core.h"
+
 // What is tried: one call of the library, or a few. It gives back all that it opens and names its
 // files by their own names, for it runs in the scratch folder.
 struct Scenario {
     const char *name;
     bool (*succeeds)();        // false with the last error of the export that failed
     void (*prepare)() = [] {}; // what stands before the calls are refused
-    uint32_t forNoHandle = 0;  // the last error that its contract has for want of a handle's record
+    uint32_t forNoHandle = ERROR_NOT_ENOUGH_MEMORY; // the last error that its contract has for want
+                                                    // of a handle's record
 };
 
 inline void PrintTo(const Scenario &scenario, std::ostream *out)

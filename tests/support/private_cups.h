@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 #include "support/scratch.h"
 
@@ -13,17 +12,13 @@ public:
     // Starts the scheduler and points the environment at it. Make it before anything asks CUPS.
     PrivateCups();
     ~PrivateCups() { Stop(); }
-    PrivateCups(const PrivateCups &) = delete;
-    PrivateCups &operator=(const PrivateCups &) = delete;
 
     bool running() const { return FileExists(folder.file("ready")); }
     std::string whyNot() const { return "no scheduler: " + ReadWholeFile(folder.file("why-not")); }
 
-    // Each runs the CUPS command of that purpose; false if it fails.
-    bool AddPrinter(const std::string &name, const std::string &ppd = {});
-    bool SetDefault(const std::string &destination);
-    bool SaveOptions(const std::string &destination, const std::vector<std::string> &options);
-    bool RemovePrinter(const std::string &name);
+    // Runs a command of CUPS's; false if it fails.
+    bool Run(const std::string &command) const;
+    bool AddPrinter(const std::string &name, const std::string &ppd = "") const;
 
     // Puts other bytes where the scheduler keeps a queue's PPD, which it would not take itself.
     void ReplacePPD(const std::string &name, const std::string &bytes) const;

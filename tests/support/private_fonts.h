@@ -6,9 +6,11 @@
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 
-#include "support/scratch.h"
+#include "support/last_error.h"
+#include "support/library.h"
 #include "wexelxi/fonts.h"
 
 class PrivateFonts {
@@ -62,3 +64,60 @@ inline int32_t WidthBy(HFONT font, const char *text, int32_t count = -1)
     DeleteDC(hdc);
     return size.cx;
 }
+
+inline HFONT Create(const LOGFONT &logfont)
+{
+    HFONT font = nullptr;
+    EXPECT_LAST_ERROR(font = CreateFontIndirect(&logfont), ERROR_SUCCESS);
+    return font;
+}
+
+inline FontInfoRecord InfoOf(HFONT font)
+{
+    FontInfoRecord info;
+    memset(&info, 0x5A, sizeof info);
+    EXPECT_LAST_ERROR(GetFontInfo(font, &info), kUnchanged);
+    EXPECT_EQ(info.reserved, 0x5A);
+    return info;
+}
+
+// The record of a font of no measures, zero but for its constant bytes.
+inline TEXTMETRIC EmptyMetrics()
+{
+    TEXTMETRIC metrics = {};
+    metrics.tmLastChar = 0xFF;
+    metrics.tmDefaultChar = metrics.tmBreakChar = ' ';
+    metrics.tmCharSet = DEFAULT_CHARSET;
+    return metrics;
+}
+
+inline std::string BytesOf(const TEXTMETRIC &metrics)
+{
+    return {reinterpret_cast<const char *>(&metrics), offsetof(TEXTMETRIC, tmCharSet) + 1};
+}
+
+inline std::string MetricsBy(HDC hdc)
+{
+    TEXTMETRIC metrics;
+    memset(&metrics, 0x5A, sizeof metrics);
+    EXPECT_OUTCOME(GetTextMetrics(hdc, &metrics), TRUE, kUnchanged);
+    return BytesOf(metrics);
+}
+
+class Fonts : public testing::Test {
+protected:
+    Fonts()
+    {
+        for (const char *name : {"0.otf", "1.pfb", "A.TTF", "b.ttf.otf", "z.otf", "x.ttf", "ttf"})
+            fonts.Add("DejaVuSans.ttf", name);
+        fonts.Add("DejaVuSans-Bold.ttf", "BOLD.TTF");
+        for (const char *name :
+             {"DejaVuSansMono-Bold.ttf", "DejaVuSerif-Bold.ttf", "NimbusMonoPS-Bold.otf",
+              "NimbusSans-Regular.otf", "NimbusSans-BoldItalic.otf", "URWBookman-Light.otf",
+              "URWBookman-DemiItalic.otf", "URWBookman-Demi.otf"})
+            fonts.Add(name);
+        library.emplace();
+    }
+    PrivateFonts fonts;
+    std::optional<StartedLibrary> library;
+};
