@@ -13,7 +13,7 @@ struct Scenario {
     const char *name;
     bool (*succeeds)();        // false with the last error of the export that failed
     void (*prepare)() = [] {}; // what stands before the calls are refused
-    uint32_t forNoHandle = ERROR_NOT_ENOUGH_MEMORY; // the last error that its contract has for want
+    uint32_t forNoHandle = ERROR_NOT_ENOUGH_MEMORY; // or what its contract has for want
                                                     // of a handle's record
 };
 
