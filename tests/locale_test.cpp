@@ -57,7 +57,8 @@ TEST_F(Locale, FirstUseSettlesTheLanguage)
 
 TEST_F(Locale, Choice)
 {
-    const std::string endless(5000, 'e');
+    const std::string longest(255, 'x');
+    const std::string tooLong(256, 'x');
     const struct {
         const char *variable;
         const char *configured;
@@ -69,14 +70,14 @@ TEST_F(Locale, Choice)
         {"", "", nullptr, 0, TRUE, 1033},
         {"", "de-ch", nullptr, 0, TRUE, 2055},
         {"sv", "de-ch", nullptr, 1045, TRUE, 1053},
-        {endless.c_str(), "de-ch", nullptr, 1045, TRUE, 2055}, // too long to be seen
+        {longest.c_str(), "de-ch", nullptr, 1045, FALSE, 1045},
+        {tooLong.c_str(), "de-ch", nullptr, 1045, TRUE, 2055}, // not seen
         {"xx-yy", "", nullptr, 0, FALSE, 1033},
-        {"xx-yy", "de", nullptr, 1045, FALSE, 1045},
         {"sv", "de", "pt-br", 0, TRUE, 1046},
         {"sv", "de", "EN-US", 0, FALSE, 1033},
         {"", "", "de-li", 1045, TRUE, 5127},
         {"", "", "en-u", 1045, FALSE, 1045},
-        {"", "", endless.c_str(), 1045, FALSE, 1045},
+        {"", "", tooLong.c_str(), 1045, FALSE, 1045},
         {"", "", "fi\0x", 1045, TRUE, 1035}, // "fi\0\0" is a number
         {"", "", "fi\0\0", 1045, FALSE, 1045},
         {"", "", "\0xyz", 1045, FALSE, 1045},
