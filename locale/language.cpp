@@ -9,7 +9,6 @@
 #include "wexelxi/environment.h"
 #include "wexelxi/locale.h"
 #include "wexelxi/profile.h"
-#include "wexelxi/text.h"
 
 using namespace wexelxi;
 
@@ -78,28 +77,23 @@ uint16_t LoadLanguage()
     return __atomic_load_n(&gLangID, __ATOMIC_RELAXED);
 }
 
-bool Choose(const LANGUAGEENTRY &entry)
-{
-    __atomic_store_n(&gLangID, static_cast<uint16_t>(entry.language), __ATOMIC_RELAXED);
-    return true;
-}
-
-bool ChooseByNumber(uint32_t language)
+// Chooses the first language that matches; false if none does.
+template <typename Matches>
+bool Choose(Matches matches)
 {
     for (const LANGUAGEENTRY *entry = gLanguageTable; entry->name; entry++) {
-        if (entry->language == language)
-            return Choose(*entry);
+        if (matches(*entry)) {
+            __atomic_store_n(&gLangID, static_cast<uint16_t>(entry->language), __ATOMIC_RELAXED);
+            return true;
+        }
     }
     return false;
 }
 
 bool ChooseByCode(const char *code)
 {
-    for (const LANGUAGEENTRY *entry = gLanguageTable; entry->name; entry++) {
-        if (*code && lstrcmp(entry->code, code) == 0)
-            return Choose(*entry);
-    }
-    return false;
+    return *code &&
+           Choose([=](const LANGUAGEENTRY &entry) { return strcmp(entry.code, code) == 0; });
 }
 
 // The last error stays as it was: it is not told that nothing is configured.
@@ -119,8 +113,9 @@ bool ChooseBySelector(const void *selector)
 {
     uint32_t number;
     memcpy(&number, selector, sizeof number);
-    return number <= 0xFFFF ? ChooseByNumber(number)
-                            : ChooseByCode(static_cast<const char *>(selector));
+    if (number > 0xFFFF)
+        return ChooseByCode(static_cast<const char *>(selector));
+    return Choose([=](const LANGUAGEENTRY &entry) { return entry.language == number; });
 }
 
 void ChooseIfNone()
