@@ -14,16 +14,39 @@
 
 namespace wexelxi {
 
-// The steps from 0 to 1 and from 1 to 0. They report faults to the hook and keep errno.
-void AcquireGlobalMutex();
-void ReleaseGlobalMutex();
+// Tells the host's hook of a lock fault and keeps errno; does nothing when none is installed.
+[[gnu::cold]] void ReportCriticalSectionError(const char *word, int32_t code);
+// The same from a round of the lock that was not counted: the hook finds the count at 1.
+[[gnu::cold]] void ReportUncounted(const char *word, int32_t code);
 
-// Tells the host's hook of a lock fault; does nothing when none is installed.
-void ReportCriticalSectionError(const char *word, int32_t code);
+// The mutex that a critical section's slot points to, or null.
+inline pthread_mutex_t *MutexIn(void *const *slot)
+{
+    return static_cast<pthread_mutex_t *>(__atomic_load_n(slot, __ATOMIC_ACQUIRE));
+}
+
+// What is no mutex, or fails, is reported, and the caller goes on unprotected. The mutex operations
+// leave errno alone.
+inline void LockMutex(pthread_mutex_t *mutex)
+{
+    if (!mutex)
+        ReportCriticalSectionError("badenter", 0);
+    else if (const int code = pthread_mutex_lock(mutex))
+        ReportCriticalSectionError("enter", code);
+}
+
+template <auto Report = ReportCriticalSectionError>
+inline void UnlockMutex(pthread_mutex_t *mutex)
+{
+    if (!mutex)
+        Report("badleave", 0);
+    else if (const int code = pthread_mutex_unlock(mutex))
+        Report("leave", code);
+}
 
 inline bool GlobalLockIsActive()
 {
-    return __atomic_load_n(&gWexelxiCriticalSection, __ATOMIC_ACQUIRE) != nullptr;
+    return MutexIn(&gWexelxiCriticalSection) != nullptr;
 }
 
 inline uint32_t LockCount()
@@ -44,30 +67,26 @@ inline void AssertLockHeld()
     assert(!GlobalLockIsActive() || LockCount() > 0);
 }
 
-inline void RaiseLockCount(uint32_t count)
-{
-    if (count == 0)
-        AcquireGlobalMutex();
-    StoreLockCount(count + 1);
-}
-
-inline void LowerLockCount(uint32_t count)
-{
-    if (count == 1)
-        ReleaseGlobalMutex();
-    StoreLockCount(count - 1);
-}
-
+// The slot is read again for the steps from 0 to 1 and from 1 to 0: FreeLib may have emptied it
+// since the first test.
 inline void EnterGlobalLock()
 {
-    if (GlobalLockIsActive())
-        RaiseLockCount(LockCount());
+    if (!GlobalLockIsActive())
+        return;
+    const uint32_t count = LockCount();
+    if (count == 0)
+        LockMutex(MutexIn(&gWexelxiCriticalSection));
+    StoreLockCount(count + 1);
 }
 
 inline void LeaveGlobalLock()
 {
-    if (GlobalLockIsActive())
-        LowerLockCount(LockCount());
+    if (!GlobalLockIsActive())
+        return;
+    const uint32_t count = LockCount();
+    if (count == 1)
+        UnlockMutex(MutexIn(&gWexelxiCriticalSection));
+    StoreLockCount(count - 1);
 }
 
 // Holds the lock for a scope, also when a callback or a cancelled thread unwinds through it.
@@ -79,25 +98,37 @@ public:
     LockScope &operator=(const LockScope &) = delete;
 };
 
-// The same for a function that calls no other of the library's or the host's meanwhile: what the
-// count is on the way out is then known, and it is not read again.
+// The same for a function that meanwhile calls nothing that could ask for the count, which then
+// stays as it is; before it does call such a thing after all, it has the scope counted.
 class [[nodiscard]] BriefLockScope {
 public:
-    BriefLockScope() : count_(GlobalLockIsActive() ? LockCount() + 1 : 0)
+    BriefLockScope() : isOuter_(GlobalLockIsActive() && LockCount() == 0)
     {
-        if (count_ != 0)
-            RaiseLockCount(count_ - 1);
+        if (isOuter_)
+            LockMutex(MutexIn(&gWexelxiCriticalSection));
+        assert(Count()); // for AssertLockHeld
     }
     ~BriefLockScope() noexcept(false)
     {
-        if (count_ != 0 && GlobalLockIsActive())
-            LowerLockCount(count_);
+        if (isCounted_)
+            LeaveGlobalLock();
+        else if (isOuter_ && GlobalLockIsActive())
+            UnlockMutex<ReportUncounted>(MutexIn(&gWexelxiCriticalSection));
     }
     BriefLockScope(const BriefLockScope &) = delete;
     BriefLockScope &operator=(const BriefLockScope &) = delete;
 
+    bool Count()
+    {
+        if (isOuter_ && !isCounted_)
+            StoreLockCount(1);
+        isCounted_ = isOuter_;
+        return true;
+    }
+
 private:
-    const uint32_t count_; // as this scope has made it; 0 while the lock is inactive
+    const bool isOuter_;
+    bool isCounted_ = false;
 };
 
 } // namespace wexelxi

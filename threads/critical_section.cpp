@@ -13,8 +13,7 @@ namespace {
 
 pthread_mutex_t *MutexOf(CRITICAL_SECTION *section)
 {
-    return section ? static_cast<pthread_mutex_t *>(__atomic_load_n(section, __ATOMIC_ACQUIRE))
-                   : nullptr;
+    return section ? MutexIn(section) : nullptr;
 }
 
 } // namespace
@@ -49,11 +48,7 @@ void DeleteCriticalSection(CRITICAL_SECTION *section)
 
 void EnterCriticalSection(CRITICAL_SECTION *section)
 {
-    pthread_mutex_t *mutex = MutexOf(section);
-    if (!mutex)
-        ReportCriticalSectionError("badenter", 0);
-    else if (const int code = pthread_mutex_lock(mutex))
-        ReportCriticalSectionError("enter", code);
+    LockMutex(MutexOf(section));
 }
 
 BOOL TryEnterCriticalSection(CRITICAL_SECTION *section)
@@ -71,9 +66,5 @@ BOOL TryEnterCriticalSection(CRITICAL_SECTION *section)
 
 void LeaveCriticalSection(CRITICAL_SECTION *section)
 {
-    pthread_mutex_t *mutex = MutexOf(section);
-    if (!mutex)
-        ReportCriticalSectionError("badleave", 0);
-    else if (const int code = pthread_mutex_unlock(mutex))
-        ReportCriticalSectionError("leave", code);
+    UnlockMutex(MutexOf(section));
 }
