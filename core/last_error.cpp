@@ -85,7 +85,7 @@ void wexelxi::ForgetErrorTextBeforeInit()
 
 uint32_t GetLastError(void)
 {
-    if (gLastErrorTLS == 0)
+    if (gLastErrorTLS == 0) [[unlikely]]
         return sLastErrorBeforeInit;
     const LastErrorRecord *record = FindRecord();
     return record ? record->errorCode : 0;
@@ -93,7 +93,7 @@ uint32_t GetLastError(void)
 
 void SetLastError(uint32_t code)
 {
-    if (gLastErrorTLS == 0)
+    if (gLastErrorTLS == 0) [[unlikely]]
         sLastErrorBeforeInit = code;
     else if (LastErrorRecord *record = FindOrCreateRecord())
         record->errorCode = code;
