@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <locale.h>
+#include <strings.h>
 
 #include "core/lock.h"
 #include "locale/text_blocks.h"
@@ -14,29 +16,11 @@ using namespace wexelxi;
 
 namespace {
 
-uint32_t FoldAscii(char c)
+// Of ASCII letters alone, whatever locale the host has set.
+locale_t CaseOfAscii()
 {
-    const auto byte = static_cast<uint8_t>(c);
-    return byte >= 'A' && byte <= 'Z' ? byte + 0x20u : byte;
-}
-
-// Bytes at the start of both, in whole blocks within the limit, that are the same but for case.
-size_t EqualBlocks(const char *first, const char *second, size_t limit)
-{
-    constexpr size_t kCached = 4096; // what is measured stays in the cache for the comparison
-    const size_t ahead = std::min({strnlen(first, kCached), strnlen(second, kCached), limit});
-    const auto difference = [&](size_t at) {
-        return DifferenceButForCase(LoadBlock(first + at), LoadBlock(second + at));
-    };
-    constexpr size_t kBlock = sizeof(TextBlock);
-    size_t i = 0;
-    while (ahead - i >= 4 * kBlock &&
-           IsZero(difference(i) | difference(i + kBlock) | difference(i + 2 * kBlock) |
-                  difference(i + 3 * kBlock)))
-        i += 4 * kBlock;
-    while (ahead - i >= kBlock && IsZero(difference(i)))
-        i += kBlock;
-    return i;
+    static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
+    return c;
 }
 
 // Texts that lie close together may overlap, as when a host closes a gap with a copy. Farther apart
@@ -56,6 +40,7 @@ bool IsTableOf(const uint8_t (&table)[256])
 {
     const TextBlock first = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
     TextBlock differences = {};
+#pragma GCC unroll 16 // into a comparison with constants
     for (size_t i = 0; i < sizeof table; i += sizeof first)
         differences |= Fold(first | static_cast<int8_t>(i)) ^ LoadBlock(table + i);
     return IsZero(differences);
@@ -64,7 +49,7 @@ bool IsTableOf(const uint8_t (&table)[256])
 template <auto Fold>
 void Map(char *buffer, size_t count, const uint8_t (&table)[256])
 {
-    constexpr size_t kWorthTheLook = 2 * sizeof table;
+    constexpr size_t kWorthTheLook = 64;
     size_t i = 0;
     if (count >= kWorthTheLook && IsTableOf<Fold>(table)) {
         for (; count - i >= sizeof(TextBlock); i += sizeof(TextBlock)) {
@@ -138,16 +123,9 @@ int32_t lstrcmpi(const char *first, const char *second)
 int32_t lstrncmpi(const char *first, const char *second, uint32_t count)
 {
     BriefLockScope lock;
-    const uint32_t last = count - 1; // a count of 0 wraps to no limit
-    for (size_t i = 0;;) {
-        i += EqualBlocks(first + i, second + i, last - i);
-        for (const size_t next = i + sizeof(TextBlock); i < next; i++) {
-            const uint32_t a = FoldAscii(first[i]);
-            const uint32_t b = FoldAscii(second[i]);
-            if (a != b || a == 0 || i == last)
-                return static_cast<int32_t>(a) - static_cast<int32_t>(b);
-        }
-    }
+    // The platform gives the difference of the folded bytes.
+    return count == 0 ? strcasecmp_l(first, second, CaseOfAscii())
+                      : strncasecmp_l(first, second, count, CaseOfAscii());
 }
 
 int32_t lstrcmp(const char *first, const char *second)

@@ -1,4 +1,4 @@
-// Case of sixteen bytes at a time, by arithmetic. A block is read only where the text goes on.
+// Case of sixteen bytes at a time, by arithmetic.
 #pragma once
 
 #include <cstddef>
@@ -23,10 +23,13 @@ inline bool IsZero(TextBlock block)
     return (words[0] | words[1]) == 0;
 }
 
-// All ones where a byte lies between two others, which are both ASCII or both above.
+// All ones where a byte lies between two others: all bytes move so that the last one becomes the
+// largest there is.
 inline TextBlock Between(TextBlock block, uint8_t first, uint8_t last)
 {
-    return (block > static_cast<int8_t>(first - 1)) & (block < static_cast<int8_t>(last + 1));
+    typedef uint8_t Bytes __attribute__((vector_size(16)));
+    const auto moved = reinterpret_cast<Bytes>(block) + static_cast<uint8_t>(INT8_MAX - last);
+    return reinterpret_cast<TextBlock>(moved) > static_cast<int8_t>(INT8_MAX - 1 - (last - first));
 }
 
 inline TextBlock Is(TextBlock block, uint8_t byte)
@@ -34,17 +37,11 @@ inline TextBlock Is(TextBlock block, uint8_t byte)
     return block == static_cast<int8_t>(byte);
 }
 
-// Zero where two bytes are the same but for the case of an ASCII letter.
-inline TextBlock DifferenceButForCase(TextBlock a, TextBlock b)
-{
-    return (a ^ b) & ~(Between(a | 0x20, 'a', 'z') & 0x20);
-}
-
 // The case pairs of the code page.
 inline TextBlock Upper(TextBlock block)
 {
     const TextBlock near =
-        Between(block, 'a', 'z') | (Between(block, 0xE0, 0xFE) & ~Is(block, 0xF7));
+        Between(block, 'a', 'z') | (Between(block, 0xE0, 0xFE) ^ Is(block, 0xF7));
     const TextBlock caron = Is(block, 0x9A) | Is(block, 0x9C) | Is(block, 0x9E);
     return block - ((near & 0x20) | (caron & 0x10) | (Is(block, 0xFF) & 0x60));
 }
@@ -52,7 +49,7 @@ inline TextBlock Upper(TextBlock block)
 inline TextBlock Lower(TextBlock block)
 {
     const TextBlock near =
-        Between(block, 'A', 'Z') | (Between(block, 0xC0, 0xDE) & ~Is(block, 0xD7));
+        Between(block, 'A', 'Z') | (Between(block, 0xC0, 0xDE) ^ Is(block, 0xD7));
     const TextBlock caron = Is(block, 0x8A) | Is(block, 0x8C) | Is(block, 0x8E);
     return block + ((near & 0x20) | (caron & 0x10) | (Is(block, 0x9F) & 0x60));
 }
