@@ -116,11 +116,11 @@ FacePtr FaceFor(const LOGFONT &logfont, int32_t dpi)
     return face;
 }
 
-int32_t WidthOf(const Face &face, std::string_view text)
+int32_t WidthOf(const Face &face, std::string_view text, BriefLockScope &lock)
 {
-    AssertLockHeld();
     if (const auto known = gExtents->Find(face.number, text))
         return *known;
+    lock.Count();
     const int32_t width = LayOut(face.layout.get(), text);
     gExtents->Store(face.number, text, width);
     return width;

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/lock.h"
 #include "fonts/owners.h"
 #include "wexelxi/fonts.h"
 
@@ -34,7 +35,7 @@ using FacePtr = std::shared_ptr<const Face>;
 FacePtr FaceFor(const LOGFONT &logfont, int32_t dpi);
 
 // The width of a text in dots: remembered, or laid out.
-int32_t WidthOf(const Face &face, std::string_view text);
+int32_t WidthOf(const Face &face, std::string_view text, BriefLockScope &lock);
 
 void ForgetFaces();
 

@@ -151,8 +151,9 @@ HFONT CreateFont(int32_t height, int32_t width, int32_t escapement, int32_t orie
 
 HGDIOBJ SelectObject(HDC hdc, HGDIOBJ object)
 {
-    LockScope lock;
+    BriefLockScope lock;
     if (object && !FontIsValid(object)) {
+        lock.Count();
         ReportHandle("Invalid HFONT passed to SelectObject", 0);
         return nullptr;
     }

@@ -20,9 +20,13 @@ struct Reports {
 
 // The selected font if it is live; else null, with the reports. A handler that selects a font
 // helps: the selection is read again.
-FontRecord *SelectedFont(HDC hdc, const Reports &reports)
+FontRecord *SelectedFont(BriefLockScope &lock, HDC hdc, const Reports &reports)
 {
     const DeviceContext *context = FromHandle(hdc);
+    FontRecord *selected = context ? FontFromHandle(context->selectedFont) : nullptr;
+    if (selected)
+        return selected;
+    lock.Count();
     if (!context) {
         ReportHandle(reports.noContext, 1);
         return nullptr;
@@ -49,11 +53,11 @@ std::string_view MeasuredText(LPCSTR text, int32_t count)
 BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics)
 {
     memset(metrics, 0, sizeof *metrics);
-    LockScope lock;
-    const FontRecord *font =
-        SelectedFont(hdc, {"NULL HDC passed to GetTextMetrics",
-                           "HDC with no selected font passed to GetTextMetrics",
-                           "Invalid HFONT selected into HDC passed to GetTextMetrics"});
+    BriefLockScope lock;
+    const FontRecord *font = SelectedFont(
+        lock, hdc,
+        {"NULL HDC passed to GetTextMetrics", "HDC with no selected font passed to GetTextMetrics",
+         "Invalid HFONT selected into HDC passed to GetTextMetrics"});
     if (font) {
         const Face &face = *font->face;
         metrics->tmHeight = face.ascent + face.descent;
@@ -75,13 +79,14 @@ BOOL GetTextMetrics(HDC hdc, TEXTMETRIC *metrics)
 
 BOOL GetTextExtentPoint32(HDC hdc, LPCSTR text, int32_t count, SIZE *size)
 {
-    LockScope lock;
+    BriefLockScope lock;
     const FontRecord *font =
-        SelectedFont(hdc, {"NULL HDC passed to GetTextExtentPoint32",
-                           "HDC with no selected font passed to GetTextExtentPoint32",
-                           "Invalid HFONT selected into HDC passed to GetTextExtentPoint32"});
+        SelectedFont(lock, hdc,
+                     {"NULL HDC passed to GetTextExtentPoint32",
+                      "HDC with no selected font passed to GetTextExtentPoint32",
+                      "Invalid HFONT selected into HDC passed to GetTextExtentPoint32"});
     if (font) {
-        const int32_t width = WidthOf(*font->face, MeasuredText(text, count));
+        const int32_t width = WidthOf(*font->face, MeasuredText(text, count), lock);
         size->cx = width != 0 ? width : 1;
         size->cy = font->face->ascent + font->face->descent;
     }
