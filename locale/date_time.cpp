@@ -32,7 +32,7 @@ int32_t Format(uintptr_t language, uint32_t flags, const SYSTEMTIME &time, const
 int32_t FormatWithDefaults(uintptr_t language, uint32_t flags, const SYSTEMTIME *time,
                            const char *picture, uint32_t pictureKey, char *out, int32_t size)
 {
-    language = ValidateLCID(language);
+    language = LanguageMeantBy(language);
     SYSTEMTIME now;
     if (!time) {
         GetSystemTime(&now);

@@ -148,6 +148,15 @@ const char *wexelxi::FindLocaleValue(uintptr_t language, uintptr_t key)
     return value ? value : TableOf(kEnglishUS).Find(slot);
 }
 
+uintptr_t wexelxi::LanguageMeantBy(uintptr_t language)
+{
+    AssertLockHeld();
+    if (language != 0 && language != LOCALE_USER_DEFAULT && language != LOCALE_SYSTEM_DEFAULT)
+        return language;
+    ChooseIfNone();
+    return LoadLanguage();
+}
+
 uint32_t SetLocale(const void *selector)
 {
     LockScope lock;
@@ -180,10 +189,7 @@ uint32_t GetSystemDefaultLangID(void)
 uintptr_t ValidateLCID(uintptr_t language)
 {
     LockScope lock;
-    if (language != 0 && language != LOCALE_USER_DEFAULT && language != LOCALE_SYSTEM_DEFAULT)
-        return language;
-    ChooseIfNone();
-    return LoadLanguage();
+    return LanguageMeantBy(language);
 }
 
 int32_t GetLocaleInfo(uintptr_t language, uintptr_t key, char *buffer, int32_t size)

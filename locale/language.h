@@ -9,4 +9,8 @@ namespace wexelxi {
 // serves the language has the key. Needs the global lock; sets no last error of its own.
 const char *FindLocaleValue(uintptr_t language, uintptr_t key);
 
+// The language itself, or for one of the words for it the language in force, as ValidateLCID tells
+// it. Needs the global lock.
+uintptr_t LanguageMeantBy(uintptr_t language);
+
 } // namespace wexelxi

@@ -2,9 +2,7 @@
 #include "locale/picture.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -21,9 +19,10 @@ struct Output {
 
     void Append(char c)
     {
-        fits = at < last;
-        if (fits)
+        if (at < last)
             *at++ = c;
+        else
+            fits = false;
     }
 
     void Append(std::string_view item)
@@ -37,12 +36,10 @@ struct Output {
 
     void AppendNumber(uint32_t number, size_t digits)
     {
-        if (number >= 100) {
-            char item[12];
-            return Append({item, std::to_chars(item, std::end(item), number).ptr});
-        }
+        if (number >= 100)
+            AppendNumber(number / 100, 1);
         if (number >= 10 || digits == 2)
-            Append(static_cast<char>('0' + number / 10));
+            Append(static_cast<char>('0' + number / 10 % 10));
         Append(static_cast<char>('0' + number % 10));
     }
 
@@ -209,8 +206,10 @@ PictureResult FormatPicture(const char *picture, uint32_t flags, const SYSTEMTIM
     if (!out.fits)
         return {0, false};
     // The count takes in the terminator, and the open quote of a picture that ends inside one.
-    char *end = std::min(out.at + (quoted ? 2 : 1), out.last);
-    std::fill(out.at, end + 1, '\0');
+    char *end = std::min(out.at + 1, out.last);
+    *end = '\0';
+    if (quoted)
+        *(end = std::min(out.at + 2, out.last)) = '\0';
     return {static_cast<int32_t>(end - buffer), true};
 }
 
