@@ -49,12 +49,15 @@ uint64_t MixIn(uint64_t hash, std::string_view text)
     return hash;
 }
 
-// Where an entry of that name stands in the index.
-PrinterPPDEntry *&BucketOf(const PrinterName &name)
+uint64_t HashOf(const PrinterName &name)
 {
-    uint64_t hash = MixIn(0, name.printer);
-    if (name.instance)
-        hash = MixIn(hash, *name.instance);
+    const uint64_t hash = MixIn(0, name.printer);
+    return name.instance ? MixIn(hash, *name.instance) : hash;
+}
+
+// Where an entry of that name stands in the index.
+PrinterPPDEntry *&BucketOf(uint64_t hash)
+{
     return gBuckets[hash >> 56];
 }
 
@@ -73,8 +76,9 @@ bool IsEntryOf(const PrinterPPDEntry &entry, const PrinterName &name)
 
 PrinterPPDEntry *FindEntry(const PrinterName &name)
 {
-    for (auto *entry = BucketOf(name); entry; entry = entry->nextInBucket)
-        if (IsEntryOf(*entry, name))
+    const uint64_t hash = HashOf(name);
+    for (auto *entry = BucketOf(hash); entry; entry = entry->nextInBucket)
+        if (entry->hash == hash && IsEntryOf(*entry, name))
             return entry;
     for (auto *entry = gPrinterPPDList; entry; entry = entry->next)
         if (IsEntryOf(*entry, name))
@@ -114,7 +118,8 @@ PrinterPPDEntry *MakeEntry(const PrinterName &name)
     auto entry = std::make_unique<PrinterPPDEntry>(name, std::move(description));
     entry->currentDevMode = BuildDevModeFromPPD(*entry);
     entry->defaultDevMode = CopyOfRecord(entry->currentDevMode.get());
-    PrinterPPDEntry *&bucket = BucketOf(name);
+    entry->hash = HashOf(name);
+    PrinterPPDEntry *&bucket = BucketOf(entry->hash);
     entry->nextInBucket = bucket;
     entry->next = gPrinterPPDList;
     return bucket = gPrinterPPDList = entry.release();

@@ -40,6 +40,7 @@ struct PrinterPPDEntry {
 
     std::shared_ptr<const wexelxi::PrinterDescription> description;
     PrinterPPDEntry *nextInBucket = nullptr;
+    uint64_t hash = 0; // of its name
 };
 
 namespace wexelxi {
