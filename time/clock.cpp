@@ -57,7 +57,7 @@ void RtlTimeToTimeFields(const int64_t *ticks, TIME_FIELDS *fields)
 
 void GetSystemTime(SYSTEMTIME *time)
 {
-    LockScope lock;
+    BriefLockScope lock;
     SetLastError(ERROR_SUCCESS);
     const timeval now = Now();
     *time = SystemTimeFromTicks(TicksFromUnixTime(now.tv_sec, now.tv_usec));
@@ -65,7 +65,7 @@ void GetSystemTime(SYSTEMTIME *time)
 
 BOOL FileTimeToSystemTime(const FILETIME *instant, SYSTEMTIME *time)
 {
-    LockScope lock;
+    BriefLockScope lock;
     *time = SystemTimeFromTicks(ToTicks(instant));
     return TRUE;
 }
