@@ -80,7 +80,7 @@ void StringRows()
     for (const size_t size : {16, 1024, 64 * 1024}) {
         const std::string lower(size, 'e'), upper(size, 'E');
         Row("lstrcmpi, " + std::to_string(size) + " bytes equal but for case",
-            "lock and count; 16 bytes a step",
+            "the lock; the platform's comparison",
             Ours([&] { Keep(lstrcmpi(lower.c_str(), upper.c_str())); }),
             Do("strcasecmp", [&] { Keep(strcasecmp(lower.c_str(), upper.c_str())); }),
             {Do("GLib g_ascii_strcasecmp",
@@ -88,14 +88,14 @@ void StringRows()
     }
     for (const size_t size : {1024, 64 * 1024}) {
         std::string text(size, 'e'), copy(size, 'e');
-        Row("AnsiUpperBuff, " + std::to_string(size) + " bytes", "16 bytes a step",
+        Row("AnsiUpperBuff, " + std::to_string(size) + " bytes", "the lock; 16 bytes a step",
             Ours([&] { AnsiUpperBuff(text.data(), static_cast<uint32_t>(size)); }),
             Do("memcpy", [&] { memcpy(copy.data(), text.data(), size); }),
             {Do("GLib g_ascii_strup",
                 [&] { g_free(g_ascii_strup(text.data(), static_cast<gssize>(size))); })});
     }
     char digits[16];
-    Row("itoa, 10 digits", "lock and count; the divisions",
+    Row("itoa, 10 digits", "the lock; the divisions",
         Ours([&] { Keep(itoa(1987654321, digits, 10)); }),
         Do("snprintf", [&] { snprintf(digits, sizeof digits, "%d", 1987654321); }),
         {Do("libstdc++ to_chars",
@@ -103,7 +103,7 @@ void StringRows()
     for (const size_t size : {1024, 64 * 1024}) {
         const std::string text(size, 'x');
         std::string target(size, 'y');
-        Row("lstrcpy, " + std::to_string(size) + " bytes", "lock and count; strlen and memmove",
+        Row("lstrcpy, " + std::to_string(size) + " bytes", "the lock; strcpy",
             Ours([&] { lstrcpy(target.data(), text.c_str()); }),
             Do("strcpy", [&] { strcpy(target.data(), text.c_str()); }), {Do("GLib g_strlcpy", [&] {
                 g_strlcpy(target.data(), text.c_str(), target.size() + 1);
