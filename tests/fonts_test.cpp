@@ -182,6 +182,11 @@ TEST_F(Fonts, AreCheckedBeforeTheyAreRead)
     EXPECT_EQ(SelectObject(hdc, nullptr), first) << "stale, but selected";
     expectNothing(hdc, {{"HDC with no selected font", 1}, {"Invalid HFONT selected into HDC", 0}});
     expectNothing(nullptr, {{"NULL HDC", 1}});
+    SetHeadlessErrorProc([](const char *, int32_t) {
+        EXPECT_NE(TlsGetValue(gCriticalSectionTLS), nullptr) << "the handler sees the lock held";
+    });
+    SelectObject(hdc, wild);
+    MetricsBy(hdc);
     SetHeadlessErrorProc(nullptr);
     expectNothing(hdc, {});
     expectNothing(nullptr, {});
