@@ -223,8 +223,10 @@ TEST_F(Locale, RandomPictures)
     Digest digest;
     for (int round = 0; round < 60000; round++) {
         std::string picture;
-        for (uint32_t runs = below(10); runs > 0; runs--)
-            picture.append(1 + below(5), "hHmstyMdg'': .x\xE9"[below(16)]);
+        for (uint32_t runs = below(10); runs > 0; runs--) {
+            const char c = "hHmstyMdg'': .x\xE9"[below(16)];
+            picture.append(1 + below(5), c);
+        }
         if (round % 1000 == 999) // a long one, and at times room for it
             for (int doubled = 0; doubled < 10; doubled++)
                 picture += picture;
@@ -242,7 +244,7 @@ TEST_F(Locale, RandomPictures)
         digest.Add(count, GetLastError(), text.c_str(), text[static_cast<size_t>(count)],
                    text.substr(static_cast<size_t>(size)));
     }
-    EXPECT_EQ(digest.hex(), "2d11f09c7e83c80c");
+    EXPECT_EQ(digest.hex(), "3c42acfd8574e0f6");
 }
 
 // One that starts where the text goes is read as the empty picture; one that lies in it as it

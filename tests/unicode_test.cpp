@@ -161,7 +161,8 @@ TEST_F(Unicode, RandomTexts)
         while (wide.size() < length) {
             const uint32_t edge = edges[below(std::size(edges))];
             const bool isNear = below(2);
-            for (uint32_t run = 1 + below(2) * below(90); run > 0; run--) {
+            const bool isRun = below(2);
+            for (uint32_t run = isRun ? below(90) : 1; run > 0; run--) {
                 wide += isNear ? edge - 1 + below(3) : 1 + below(edge);
                 bytes += static_cast<char>(1 + below(edge < 0x100 ? 0x7F : 0xFF));
             }
@@ -176,7 +177,7 @@ TEST_F(Unicode, RandomTexts)
     while (all.size() < 0x3000)
         all += static_cast<char32_t>(all.size() + 1);
     ConvertWide(all); // with all that the code page has
-    EXPECT_EQ(digest_.hex(), "d5a97b5b341fdeca");
+    EXPECT_EQ(digest_.hex(), "ff52c420a550b4b1");
 }
 
 } // namespace

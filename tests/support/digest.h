@@ -34,7 +34,9 @@ private:
     template <typename T>
     void AddOne(const T &value)
     {
-        if constexpr (std::is_integral_v<T>) {
+        if constexpr (std::is_same_v<T, char>) {
+            AddByte(static_cast<uint8_t>(value)); // which has a sign on some machines
+        } else if constexpr (std::is_integral_v<T>) {
             for (int shift = 0; shift < 64; shift += 8)
                 AddByte(static_cast<uint8_t>(static_cast<uint64_t>(value) >> shift));
         } else {
