@@ -24,13 +24,13 @@ size_t WriteAll(int descriptor, const void *buffer, size_t count)
 {
     const auto *bytes = static_cast<const char *>(buffer);
     size_t total = 0;
-    while (total < count) {
+    do {
         const ssize_t put = write(descriptor, bytes + total, count - total);
         if (put > 0)
             total += static_cast<size_t>(put);
         else if (put == 0 || errno != EINTR)
             break;
-    }
+    } while (total < count);
     return total;
 }
 

@@ -69,8 +69,8 @@ private:
 // Gives the bytes read, or -1 with errno if the first read that brought nothing failed.
 ssize_t ReadAll(int descriptor, void *buffer, size_t count);
 
-// Writes until all bytes are written or the platform fails; a signal is no failure. Gives the bytes
-// written; where they are fewer, errno tells why.
+// Writes until all bytes are written or the platform fails; a signal is no failure, and a count of
+// 0 is one write. Gives the bytes written; where they are fewer, errno tells why.
 size_t WriteAll(int descriptor, const void *buffer, size_t count);
 
 // An object that is made at its first use and outlives the exit, at which other threads may still

@@ -2,13 +2,13 @@
 // buffer, which so meets every end and every error.
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "core/last_error.h"
 #include "core/lock.h"
 #include "files/handle.h"
-#include "files/kernel_copy.h"
 #include "wexelxi/files.h"
 
 using namespace wexelxi;
@@ -39,23 +39,71 @@ bool IsDanglingLink(const char *name)
 OwnedHandle OpenTarget(const char *target, const struct stat &source, bool mustBeNew)
 {
     if (mustBeNew)
-        return OpenNewOwned(target, GENERIC_WRITE);
+        return OpenOwned(target, GENERIC_WRITE, CREATE_NEW);
     // A folder opens and then cannot be read: nothing is emptied for that.
     const uint32_t disposition = S_ISDIR(source.st_mode) ? OPEN_ALWAYS : CREATE_ALWAYS;
     return OpenOwned(target, GENERIC_WRITE, disposition);
 }
 
+struct Range {
+    off_t start, end;
+};
+
+// The next run of data from a place on; an empty one at the size if only a hole is left. Nothing if
+// the file system does not tell.
+std::optional<Range> NextData(int source, off_t from, off_t size)
+{
+    const off_t start = lseek(source, from, SEEK_DATA);
+    if (start < 0)
+        return errno == ENXIO ? std::optional(Range{size, size}) : std::nullopt;
+    const off_t end = lseek(source, start, SEEK_HOLE);
+    return end < 0 ? std::nullopt : std::optional(Range{start, end});
+}
+
+// Copies one range to the same place; gives where that ended.
+off_t CopyRange(int source, int target, Range range)
+{
+    off_t from = range.start;
+    off_t to = range.start;
+    while (from < range.end) {
+        const auto rest = static_cast<size_t>(range.end - from);
+        const ssize_t copied = copy_file_range(source, &from, target, &to, rest, 0);
+        if (copied == 0 || (copied < 0 && errno != EINTR))
+            break;
+    }
+    return from;
+}
+
+// Copies what the kernel copies to an empty file, data range by data range, so that holes stay;
+// gives how far that went. Nothing here is an error: the caller meets the cause.
+off_t CopyInKernel(int source, int target, off_t size)
+{
+    off_t at = 0;
+    while (at < size) {
+        const std::optional<Range> data = NextData(source, at, size);
+        if (!data || (data->start == size && ftruncate(target, size) != 0))
+            break;
+        at = CopyRange(source, target, *data);
+        if (at < data->end)
+            break;
+    }
+    return at;
+}
+
 // Each of these gives the last error, 0 if all went well.
 
-// Copies what the kernel copies, and goes to where that ends.
+// Copies what the kernel copies of an ordinary file to another, and goes to where that ends.
 uint32_t CopyAtOnce(int source, int target)
 {
-    const std::optional<off_t> end = CopyInKernel(source, target);
-    if (end && lseek(source, *end, SEEK_SET) != *end)
+    struct stat from;
+    struct stat to;
+    if (fstat(source, &from) != 0 || !S_ISREG(from.st_mode) || fstat(target, &to) != 0 ||
+        !S_ISREG(to.st_mode))
+        return ERROR_SUCCESS;
+    const off_t end = CopyInKernel(source, target, from.st_size);
+    if (lseek(source, end, SEEK_SET) != end)
         return ERROR_READ_FAULT;
-    if (end && lseek(target, *end, SEEK_SET) != *end)
-        return ERROR_WRITE_FAULT;
-    return ERROR_SUCCESS;
+    return lseek(target, end, SEEK_SET) == end ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
 }
 
 uint32_t CopyBytes(HANDLE from, HANDLE to)
@@ -104,7 +152,6 @@ uint32_t CopyContents(const char *source, const char *target, bool mustBeNew)
 BOOL CopyFile(const char *source, const char *target, BOOL failIfExists)
 {
     LockScope lock;
-    SetLastError(ERROR_SUCCESS);
     if (failIfExists && OpensAsExisting(target))
         return Fail(ERROR_FILE_EXISTS);
     // What could not be asked may be there, and so may what another process makes meanwhile; what

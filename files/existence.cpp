@@ -1,6 +1,5 @@
 // DoesFileExist: a search and its end, but for names that the platform can tell of at once.
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <optional>
 #include <string_view>
@@ -17,18 +16,9 @@ using namespace wexelxi;
 
 namespace {
 
-// Whether the folder of a name can be listed, as a search of it does.
-bool IsFolderListable(std::string_view name)
-{
-    char folder[4096] = ".";
-    if (const size_t slash = name.rfind('/'); slash != name.npos)
-        folder[name.copy(folder, slash == 0 ? 1 : slash)] = '\0';
-    return bool(Descriptor(open(folder, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC)));
-}
-
 // What a search for a plain name with exact case would find, where one question to the platform
-// tells: absent means absent however it is looked for, and what is neither a folder nor a link is
-// found in a folder that can be listed.
+// tells: absent means absent however it is looked for, and what is there is found in a folder that
+// can be listed, unless a dot hides it.
 std::optional<bool> AnswerAtOnce(const char *name)
 {
     if (!name || gFileMode != 0 || !IsPlainName(name))
@@ -36,10 +26,13 @@ std::optional<bool> AnswerAtOnce(const char *name)
     struct stat status;
     if (lstat(name, &status) != 0)
         return errno == ENOENT ? std::optional(false) : std::nullopt;
-    const char *slash = strrchr(name, '/');
-    const char *leaf = slash ? slash + 1 : name;
-    if (S_ISDIR(status.st_mode) || S_ISLNK(status.st_mode) || leaf[0] == '.' ||
-        !IsFolderListable(name))
+    char folder[4096] = "./";
+    std::string_view leaf = name;
+    if (const size_t slash = leaf.rfind('/'); slash != leaf.npos) {
+        folder[leaf.copy(folder, slash + 1)] = '\0';
+        leaf.remove_prefix(slash + 1);
+    }
+    if (leaf.starts_with('.') || !Descriptor(open(folder, O_RDONLY | O_CLOEXEC)))
         return std::nullopt;
     return true;
 }

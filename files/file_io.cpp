@@ -79,15 +79,12 @@ BOOL LockFileRange(HANDLE handle, uint32_t offsetLow, uint32_t offsetHigh, uint3
 BOOL ReadFile(HANDLE handle, LPVOID buffer, uint32_t count, uint32_t *bytesRead, LPVOID)
 {
     LockScope lock;
-    FILE *stream = HandleToStream(handle);
-    if (!stream)
+    if (!HandleToStream(handle))
         return FALSE;
-    HandleRecord *record = HandleToRecord(handle);
-    const bool isLine = IsLineDevice(record->portType);
-    const LineTimeoutCleared cleared(isLine ? handle : nullptr);
     SetLastError(ERROR_SUCCESS);
-    const uint32_t received =
-        isLine ? ReadLineDevice(stream, buffer, count) : ReadStream(record, buffer, count);
+    HandleRecord *record = HandleToRecord(handle);
+    const uint32_t received = IsLineDevice(record->portType) ? ReadLineDevice(handle, buffer, count)
+                                                             : ReadStream(record, buffer, count);
     if (bytesRead)
         *bytesRead = received;
     return TRUE;

@@ -22,12 +22,10 @@ int32_t gFINDFILE = 0;
 
 namespace {
 
-enum class Progress : uint32_t { Fresh, Scanning, Answered };
-
 // The block that FILfindData::dir points to.
 struct FindDir {
     DIR *directory;
-    Progress progress;
+    bool isAnswered; // the one entry that a plain name can match has been told
 };
 static_assert(offsetof(FindDir, directory) == 0);
 
@@ -54,48 +52,39 @@ void CloseFindDir(FILfindData *find)
     find->dir = nullptr;
 }
 
-bool NoMemory()
-{
-    errno = ENOMEM;
-    return false;
-}
-
 // False with errno if it does not open.
 bool OpenFindDir(FILfindData *find)
 {
     AssertLockHeld();
-    CloseFindDir(find);
     Directory directory(opendir(find->path));
     if (!directory)
         return false;
     find->dir = static_cast<void **>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(FindDir)));
     if (!find->dir)
-        return NoMemory();
+        return false;
     DirOf(find)->directory = directory.release();
     return true;
 }
 
-// Turns the name in path into a directory and a pattern.
+// Turns the name in path into a directory and a pattern. False with errno.
 bool SplitPattern(FILfindData *find)
 {
     char *slash = strrchr(find->path, '/');
     if (!slash) {
         find->filter = find->path;
         find->path = strdup(".");
-        return find->path || NoMemory();
+        return find->path;
     }
     find->filter = strdup(slash + 1);
     slash[slash == find->path ? 1 : 0] = '\0';
-    return find->filter || NoMemory();
+    return find->filter;
 }
 
 // Opens the name as a directory, or else its directory for the pattern in it. False with errno.
 bool OpenSearch(FILfindData *find, const char *name)
 {
     find->path = strdup(name);
-    if (!find->path)
-        return NoMemory();
-    if (OpenFindDir(find))
+    if (find->path && OpenFindDir(find))
         return true;
     return errno != ENOMEM && SplitPattern(find) && OpenFindDir(find);
 }
@@ -123,25 +112,26 @@ bool LookUpPlainName(DIR *directory, const char *name, Entry &entry)
     return errno == ENOENT || errno == ENAMETOOLONG;
 }
 
-Entry NextEntry(FILfindData *find)
+Entry NextEntry(const FILfindData &find)
 {
     Entry entry;
-    FindDir &dir = *DirOf(find);
-    if (dir.progress == Progress::Fresh) {
-        dir.progress = Progress::Scanning;
-        if (find->filter && gFileMode == 0 && IsPlainName(find->filter) &&
-            LookUpPlainName(dir.directory, find->filter, entry))
-            dir.progress = Progress::Answered;
-    } else if (dir.progress == Progress::Answered) {
-        return entry;
-    }
-    while (dir.progress == Progress::Scanning && !entry.name) {
-        const dirent *next = readdir(dir.directory);
+    while (!DirOf(&find)->isAnswered && !entry.name) {
+        const dirent *next = readdir(DirOf(&find)->directory);
         if (!next)
             break;
-        if (Accepts(find->filter, next->d_name))
+        if (Accepts(find.filter, next->d_name))
             entry.name = next->d_name;
     }
+    return entry;
+}
+
+Entry FirstEntry(const FILfindData &find)
+{
+    Entry entry;
+    if (!find.filter || gFileMode != 0 || !IsPlainName(find.filter) ||
+        !LookUpPlainName(DirOf(&find)->directory, find.filter, entry))
+        return NextEntry(find);
+    DirOf(&find)->isAnswered = true;
     return entry;
 }
 
@@ -159,20 +149,22 @@ bool Examine(const FILfindData &find, Entry &entry)
         return true;
     if (!find.filter)
         return stat(find.path, &entry.status) == 0;
-    char path[4096]; // a longer one could not be asked for
-    const auto length =
-        static_cast<size_t>(snprintf(path, sizeof path, "%s/%s", find.path, entry.name));
-    return length < sizeof path && stat(path, &entry.status) == 0;
+    char path[4096 + sizeof(dirent::d_name)]; // that of a directory which opened, and a name in it
+    snprintf(path, sizeof path, "%s/%s", find.path, entry.name);
+    return stat(path, &entry.status) == 0;
 }
 
-void Describe(const FILfindData &find, Entry &entry, WIN32_FIND_DATA *data)
+// False at the end of the search.
+bool Describe(const FILfindData &find, Entry entry, WIN32_FIND_DATA *data)
 {
+    if (!entry.name)
+        return false;
     strcpy(data->cFileName, entry.name);
     data->cAlternateFileName[0] = '\0';
     if (!Examine(find, entry)) {
         data->dwFileAttributes = 0;
         SetLastError(ERROR_GEN_FAILURE);
-        return;
+        return true;
     }
     const struct stat &status = entry.status;
     const uint64_t size = S_ISDIR(status.st_mode) ? 0 : static_cast<uint64_t>(status.st_size);
@@ -184,6 +176,7 @@ void Describe(const FILfindData &find, Entry &entry, WIN32_FIND_DATA *data)
     data->ftCreationTime = FileTimeFromStatus(status.st_ctime);
     data->ftLastAccessTime = FileTimeFromStatus(status.st_atime);
     data->ftLastWriteTime = FileTimeFromStatus(status.st_mtime);
+    return true;
 }
 
 bool IsFindHandle(HANDLE find)
@@ -196,7 +189,6 @@ bool IsFindHandle(HANDLE find)
 HANDLE FindFirstFile(const char *name, WIN32_FIND_DATA *data)
 {
     LockScope lock;
-    SetLastError(ERROR_SUCCESS);
     if (!name)
         return FailWith(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
     auto *find = static_cast<FILfindData *>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(FILfindData)));
@@ -205,7 +197,7 @@ HANDLE FindFirstFile(const char *name, WIN32_FIND_DATA *data)
     gFINDFILE++;
     const bool opened = OpenSearch(find, name);
     const bool starved = !opened && errno == ENOMEM;
-    if (opened && FindNextFile(find, data))
+    if (opened && Describe(*find, FirstEntry(*find), data))
         return find;
     FindClose(find);
     return FailWith(starved ? ERROR_NOT_ENOUGH_MEMORY : ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
@@ -217,14 +209,9 @@ BOOL FindNextFile(HANDLE handle, WIN32_FIND_DATA *data)
     SetLastError(ERROR_SUCCESS);
     if (!IsFindHandle(handle))
         return Fail(ERROR_FILE_NOT_FOUND);
-    auto *find = static_cast<FILfindData *>(handle);
-    if (!find->dir)
-        return FALSE;
-    Entry entry = NextEntry(find);
-    if (!entry.name)
-        return FALSE; // the end, told by last error 0
-    Describe(*find, entry, data);
-    return TRUE;
+    const auto *find = static_cast<FILfindData *>(handle);
+    // The end is told by last error 0.
+    return find->dir && Describe(*find, NextEntry(*find), data);
 }
 
 BOOL FindClose(HANDLE handle)

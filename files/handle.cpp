@@ -103,7 +103,5 @@ BOOL CloseHandle(HANDLE handle)
 
 uint32_t _lclose(HANDLE handle)
 {
-    LockScope lock;
-    SetLastError(ERROR_SUCCESS);
     return CloseHandle(handle) ? 0 : HFILE_ERROR;
 }

@@ -52,12 +52,10 @@ void CloseForGood(HANDLE handle);
 // A file's handle that the library itself works on.
 using OwnedHandle = std::unique_ptr<void, ReleaseWith<CloseForGood>>;
 
-// What CreateFile gives, with its last error; null if the file does not open.
+// What CreateFile gives, with its last error; null if the file does not open. But CREATE_NEW
+// searches for nothing: the name is refused, with ERROR_FILE_EXISTS, only if it is taken to the
+// letter.
 OwnedHandle OpenOwned(const char *name, uint32_t access, uint32_t disposition);
-
-// The same for CREATE_NEW, but that nothing is searched for: the name is refused, with
-// ERROR_FILE_EXISTS, only if it is taken to the letter.
-OwnedHandle OpenNewOwned(const char *name, uint32_t access);
 
 // The record of a handle of any kind; null for the two values that are never valid.
 inline HandleRecord *HandleToRecord(HANDLE handle)

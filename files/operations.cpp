@@ -72,7 +72,6 @@ BOOL RemoveDirectory(const char *name)
 BOOL MoveFile(const char *oldName, const char *newName)
 {
     LockScope lock;
-    SetLastError(ERROR_SUCCESS);
     return OrNoMemory(BOOL{FALSE}, [&] {
         std::string target = newName;
         // Only names with exactly these attributes: a read-only directory moves as a file does, and

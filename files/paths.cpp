@@ -74,7 +74,6 @@ uint32_t GetFilePath(const char *path, uint32_t size, char *output)
 uint32_t GetFullPathName(const char *path, uint32_t size, char *output, char **filePart)
 {
     LockScope lock;
-    SetLastError(ERROR_SUCCESS);
     const uint32_t length = GetFilePath(path, size, output);
     if (filePart && length != 0)
         *filePart = strrchr(output, '/') + 1;

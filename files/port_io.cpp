@@ -8,7 +8,8 @@
 #include <unistd.h>
 
 #include "core/last_error.h"
-#include "wexelxi/core.h"
+#include "files/handle.h"
+#include "wexelxi/comm.h"
 #include "wexelxi/profile.h"
 
 namespace wexelxi {
@@ -22,6 +23,33 @@ time_t DrainSeconds()
     const time_t seconds = strtol(text, nullptr, 10);
     return seconds == 0 ? kDefaultSeconds : seconds;
 }
+
+uint32_t TimeoutOf(HANDLE line)
+{
+    COMMTIMEOUTS timeouts = {};
+    GetCommTimeouts(line, &timeouts);
+    return timeouts.VTimeTenths;
+}
+
+// A line without its timeout for the length of a read, so that the read does not wait.
+class [[nodiscard]] TimeoutCleared {
+public:
+    explicit TimeoutCleared(HANDLE line) : line_(line), tenths_(TimeoutOf(line)) { Store(0); }
+    ~TimeoutCleared() { Store(tenths_); }
+    TimeoutCleared(const TimeoutCleared &) = delete;
+    TimeoutCleared &operator=(const TimeoutCleared &) = delete;
+
+private:
+    void Store(uint32_t tenths) const
+    {
+        const COMMTIMEOUTS timeouts = {{}, tenths};
+        if (tenths_ != 0)
+            SetCommTimeouts(line_, &timeouts);
+    }
+
+    const HANDLE line_;
+    const uint32_t tenths_;
+};
 
 } // namespace
 
@@ -38,18 +66,16 @@ Stream OpenPort(const char *path)
     return stream;
 }
 
-uint32_t ReadLineDevice(FILE *stream, void *buffer, uint32_t count)
+uint32_t ReadLineDevice(HANDLE line, void *buffer, uint32_t count)
 {
-    const ssize_t received = read(fileno(stream), buffer, count);
+    const TimeoutCleared cleared(line);
+    SetLastError(ERROR_SUCCESS);
+    const ssize_t received = read(fileno(HandleToStream(line)), buffer, count);
     return received < 0 ? 0 : static_cast<uint32_t>(received);
 }
 
 uint32_t WriteLineDevice(FILE *stream, const void *buffer, uint32_t count)
 {
-    // A count of 0 makes its one write as well.
-    if (count == 0) {
-        [[maybe_unused]] const ssize_t nothing = write(fileno(stream), buffer, 0);
-    }
     return static_cast<uint32_t>(WriteAll(fileno(stream), buffer, count));
 }
 
@@ -59,23 +85,6 @@ void DrainLineDevice(FILE *stream)
     const time_t start = time(nullptr);
     while (tcdrain(fileno(stream)) != 0 && time(nullptr) - start < limit) {
     }
-}
-
-LineTimeoutCleared::LineTimeoutCleared(HANDLE line) : line_(line)
-{
-    if (!line_ || !GetCommTimeouts(line_, &timeouts_) || timeouts_.VTimeTenths == 0)
-        return;
-    tenths_ = timeouts_.VTimeTenths;
-    timeouts_.VTimeTenths = 0;
-    SetCommTimeouts(line_, &timeouts_);
-}
-
-LineTimeoutCleared::~LineTimeoutCleared()
-{
-    if (tenths_ == 0)
-        return;
-    timeouts_.VTimeTenths = tenths_;
-    SetCommTimeouts(line_, &timeouts_);
 }
 
 } // namespace wexelxi

@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "core/owners.h"
-#include "wexelxi/comm.h"
+#include "wexelxi/types.h"
 
 namespace wexelxi {
 
@@ -19,28 +19,14 @@ inline bool IsLineDevice(uint32_t portType)
 // Opens a device for reading and writing. On failure null, with the last error set.
 Stream OpenPort(const char *path);
 
-// Takes what is waiting on the line, in one read; 0 also if that fails.
-uint32_t ReadLineDevice(FILE *stream, void *buffer, uint32_t count);
+// Takes what is waiting on the line behind a handle, in one read that waits for no timeout; 0 also
+// if that fails.
+uint32_t ReadLineDevice(HANDLE line, void *buffer, uint32_t count);
 
 // Writes until all bytes are on their way or a write makes no progress; gives the bytes written.
 uint32_t WriteLineDevice(FILE *stream, const void *buffer, uint32_t count);
 
 // Waits for the output to leave, retrying for at most the seconds of key "Delay" in the profile.
 void DrainLineDevice(FILE *stream);
-
-// Clears a line's timeout for the length of a read, so that the read does not wait. A null handle
-// asks for nothing.
-class [[nodiscard]] LineTimeoutCleared {
-public:
-    explicit LineTimeoutCleared(HANDLE line);
-    ~LineTimeoutCleared();
-    LineTimeoutCleared(const LineTimeoutCleared &) = delete;
-    LineTimeoutCleared &operator=(const LineTimeoutCleared &) = delete;
-
-private:
-    HANDLE line_;
-    COMMTIMEOUTS timeouts_ = {};
-    uint32_t tenths_ = 0;
-};
 
 } // namespace wexelxi

@@ -80,8 +80,7 @@ BOOL GetFileSizeEx(HANDLE handle, int64_t *size)
     if (!SetFilePointerEx(handle, 0, &saved, FILE_CURRENT))
         return FALSE;
     const BOOL measured = SetFilePointerEx(handle, 0, size, FILE_END);
-    const BOOL restored = SetFilePointerEx(handle, saved, nullptr, FILE_BEGIN);
-    return measured && restored;
+    return SetFilePointerEx(handle, saved, nullptr, FILE_BEGIN) && measured;
 }
 
 uint32_t GetFileSize(HANDLE handle, uint32_t *)

@@ -43,10 +43,9 @@ uint32_t NumberName(char *name, size_t stem)
 uint32_t GetTempPath(uint32_t size, char *buffer)
 {
     LockScope lock;
-    SetLastError(ERROR_SUCCESS);
     uint32_t length = FindTempDirectory(size, buffer);
     // A length that did not fit is above the size, and nothing is at the buffer then.
-    if (length != 0 && buffer && size != 0 && length < size - 1 && buffer[length - 1] != '/') {
+    if (length != 0 && buffer && length + 1 < size && buffer[length - 1] != '/') {
         buffer[length++] = '/';
         buffer[length] = '\0';
     }

@@ -3,53 +3,15 @@
 #include "files/wildcard.h"
 
 #include <cctype>
-#include <cstring>
 
 namespace wexelxi {
 namespace {
 
-struct Exactly {
-    static bool AreSame(char a, char b) { return a == b; }
-    static const char *Find(const char *text, char wanted) { return strchrnul(text, wanted); }
-};
-
 // Characters count as signed, as the platform's table has them.
-struct Folded {
-    static bool AreSame(char a, char b)
-    {
-        return a == b ||
-               toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b));
-    }
-    static const char *Find(const char *text, char wanted)
-    {
-        while (*text && !AreSame(*text, wanted))
-            text++;
-        return text;
-    }
-};
-
-template <typename Compare>
-bool Walk(std::string_view pattern, const char *n)
+bool AreSame(char a, char b, bool caseSensitive)
 {
-    const char *p = pattern.data();
-    const char *const end = p + pattern.size();
-    for (; *n; n++, p++) {
-        if (p == end)
-            return false;
-        if (*p == '*') {
-            while (p < end && *p == '*')
-                p++;
-            if (p == end)
-                return true;
-            // What follows a star is taken literally, a '?' too.
-            n = Compare::Find(n, *p);
-            if (!*n)
-                return false;
-        } else if (*p != '?' && !Compare::AreSame(*p, *n)) {
-            return false;
-        }
-    }
-    return p == end;
+    return a == b || (!caseSensitive &&
+                      toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b)));
 }
 
 } // namespace
@@ -58,16 +20,33 @@ bool MatchesWildcard(std::string_view pattern, const char *name, bool caseSensit
 {
     if (pattern == "*.*")
         return true;
-    return caseSensitive ? Walk<Exactly>(pattern, name) : Walk<Folded>(pattern, name);
+    size_t at = 0;
+    for (; *name; name++, at++) {
+        if (at == pattern.size())
+            return false;
+        if (pattern[at] == '*') {
+            at = pattern.find_first_not_of('*', at);
+            if (at == pattern.npos)
+                return true;
+            // What follows a star is taken literally, a '?' too.
+            while (*name && !AreSame(*name, pattern[at], caseSensitive))
+                name++;
+            if (!*name)
+                return false;
+        } else if (pattern[at] != '?' && !AreSame(*name, pattern[at], caseSensitive)) {
+            return false;
+        }
+    }
+    return at == pattern.size();
 }
 
 bool MatchesAnyWildcard(std::string_view list, const char *name, char separator, bool caseSensitive)
 {
-    while (!list.empty()) {
-        const std::string_view piece = list.substr(0, list.find(separator));
+    for (size_t at = 0; at < list.size();) {
+        const std::string_view piece = list.substr(at, list.find(separator, at) - at);
         if (!piece.empty() && MatchesWildcard(piece, name, caseSensitive))
             return true;
-        list.remove_prefix(piece.size() < list.size() ? piece.size() + 1 : piece.size());
+        at += piece.size() + 1;
     }
     return false;
 }
