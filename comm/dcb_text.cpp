@@ -13,7 +13,6 @@ namespace {
 
 constexpr size_t kShortestText = 5;
 constexpr size_t kLongestText = 50;
-constexpr uint32_t kOk = ERROR_SUCCESS;
 
 // Gives the tokens of a text one after another; any run of separators stands between two.
 class Tokens {
@@ -53,24 +52,13 @@ long Number(std::string_view token)
 // none of the four.
 bool StoreParity(char letter, DCB *settings)
 {
-    settings->fParity = 1;
-    switch (UpperCase(letter)) {
-    case 'E':
-        settings->Parity = EVENPARITY;
-        return true;
-    case 'M':
-        settings->Parity = MARKPARITY;
-        return true;
-    case 'O':
-        settings->Parity = ODDPARITY;
-        return true;
-    case 'N':
-        settings->Parity = NOPARITY;
-        settings->fParity = 0;
-        return true;
-    default:
+    constexpr std::string_view kLetters = "NOEM"; // of NOPARITY, ODDPARITY and so on
+    const size_t parity = kLetters.find(UpperCase(letter));
+    settings->fParity = parity != NOPARITY;
+    if (parity == kLetters.npos)
         return false;
-    }
+    settings->Parity = static_cast<uint8_t>(parity);
+    return true;
 }
 
 // Stores the stop bits of a digit; false if it is neither 1 nor 2.
@@ -120,7 +108,7 @@ uint32_t ParseCommaForm(std::string_view text, DCB *settings)
     const std::string_view flowControl = fields.Next();
     StoreFlowControl(flowControl.empty() ? '\0' : UpperCase(flowControl[0]), settings);
     ApplyTeletypeRule(settings);
-    return kOk;
+    return ERROR_SUCCESS;
 }
 
 void StoreSpeed(std::string_view value, DCB *settings)
@@ -156,14 +144,13 @@ uint32_t ParseKeywordForm(std::string_view text, DCB *settings)
             return IE_DEFAULT;
     }
     ApplyTeletypeRule(settings);
-    return kOk;
+    return ERROR_SUCCESS;
 }
 
 // Cuts "COMx:" off the text, x being any character but '0'; false if it is malformed.
 bool CutPortPrefix(std::string_view *text)
 {
-    if (UpperCase((*text)[0]) != 'C' || UpperCase((*text)[1]) != 'O' ||
-        UpperCase((*text)[2]) != 'M')
+    if (strncasecmp(text->data(), "COM", 3) != 0)
         return true;
     if ((*text)[3] == '0' || (*text)[4] != ':')
         return false;

@@ -1,5 +1,6 @@
 // Port names, through section "Ports" of the profile to devices and types.
 #include <cstring>
+#include <optional>
 
 #include "comm/port_text.h"
 #include "core/lock.h"
@@ -50,14 +51,12 @@ private:
     const uint32_t before_ = GetLastError();
 };
 
-enum class PortEntry { Found, Missing, OutOfMemory };
-
-PortEntry LookUpPort(const char *name, char *device, uint32_t size)
+// Gives the length of the profile's entry; nothing if there was no memory to read it.
+std::optional<uint32_t> LookUpPort(const char *name, char *device, uint32_t size)
 {
     const LookupScope scope;
-    if (GetProfileString("Ports", name, "", device, size) != 0)
-        return PortEntry::Found;
-    return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? PortEntry::OutOfMemory : PortEntry::Missing;
+    const uint32_t length = GetProfileString("Ports", name, "", device, size);
+    return GetLastError() == ERROR_NOT_ENOUGH_MEMORY ? std::nullopt : std::optional(length);
 }
 
 } // namespace
@@ -74,15 +73,13 @@ uint32_t GetPortName(char *name, char *device, int32_t length)
     const auto size = static_cast<uint32_t>(length);
     memset(device, 0, size);
     UpperCaseName(name);
-    switch (LookUpPort(name, device, size)) {
-    case PortEntry::Found:
-        return GetDeviceType(device);
-    case PortEntry::OutOfMemory: // another device than the profile's would be a wrong one
+    const std::optional<uint32_t> found = LookUpPort(name, device, size);
+    if (!found) // another device than the profile's would be a wrong one
         return PST_UNSPECIFIED;
-    default:
-        lstrcpyn(device, DefaultDevice(port).c_str(), length);
-        return port.isSerial ? PST_RS232 : PST_PARALLELPORT;
-    }
+    if (*found > 0)
+        return GetDeviceType(device);
+    lstrcpyn(device, DefaultDevice(port).c_str(), length);
+    return port.isSerial ? PST_RS232 : PST_PARALLELPORT;
 }
 
 uint32_t GetDeviceType(char *value)

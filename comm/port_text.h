@@ -13,12 +13,6 @@ struct PortName {
     uint32_t number; // 1 to 9; 0 if the name is no port
 };
 
-// Whether a name can be a port's at all, which is seen at its first character.
-inline bool StartsLikePort(const char *name)
-{
-    return name && (*name == 'C' || *name == 'L' || *name == 'E');
-}
-
 // What port a name means.
 PortName ParsePortName(std::string_view name);
 
