@@ -1,71 +1,41 @@
-// The matcher against a slow twin, searches and what they tell, and the test of existence.
-#include <cctype>
+// The matcher, searches and what they tell, and the test of existence.
 #include <gtest/gtest.h>
-#include <numeric>
-#include <random>
 #include <set>
-#include <string>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
 
+#include "support/digest.h"
 #include "support/last_error.h"
 #include "support/library.h"
+#include "support/random_text.h"
 #include "wexelxi.h"
 
 namespace {
 
-// The twin: one rule a step, on terminated strings.
-bool SlowMatch(const char *pattern, const char *name, bool exact)
+TEST(CheckFilter, TakesTheFirstPlaceThatServes)
 {
-    const auto same = [&](char a, char b) {
-        return exact ? a == b
-                     : toupper(static_cast<signed char>(a)) == toupper(static_cast<signed char>(b));
-    };
-    if (!*name)
-        return !*pattern;
-    if (*pattern == '*') {
-        while (*pattern == '*')
-            pattern++;
-        if (!*pattern)
-            return true;
-        while (*name && !same(*name, *pattern))
-            name++;
-        return *name && SlowMatch(pattern + 1, name + 1, exact);
-    }
-    return *pattern && (*pattern == '?' || same(*pattern, *name)) &&
-           SlowMatch(pattern + 1, name + 1, exact);
+    EXPECT_OUTCOME(CheckFilter("*.*", "noext", 1), 1, kUnchanged);
+    EXPECT_OUTCOME(CheckFilter("*.txt", "a.b.txt", 1), 0, kUnchanged); // stops at the first dot
+    EXPECT_OUTCOME(CheckFilter("a*", "a", 1), 0, kUnchanged);
+    EXPECT_OUTCOME(CheckFilter("*?", "ab", 1), 0, kUnchanged); // literal behind a star
+    EXPECT_OUTCOME(CheckFilter("*.TXT", "a.txt", 0), 1, kUnchanged);
+    const std::string longList = std::string(100000, ',') + "*.h";
+    EXPECT_OUTCOME(CheckMultiFilter(longList.c_str(), "x.h", ',', 1), 1, kUnchanged);
 }
 
-std::string RandomText(std::mt19937 &random, const char *letters, size_t longest)
-{
-    std::string text(random() % (longest + 1), ' ');
-    for (char &c : text)
-        c = letters[random() % strlen(letters)];
-    return text;
-}
-
-TEST(Wildcard, AgreesWithItsTwin)
+TEST(CheckFilter, AnswersASweepAsJudged)
 {
     std::mt19937 random(33);
-    for (int i = 0; i < 300000; i++) {
-        const std::string list = RandomText(random, ";;**??.aAbB\xE9\xC9", 9);
-        const std::string name = RandomText(random, "..aaAbB*?;\xE9\xC9", 9);
-        for (const bool exact : {true, false}) {
-            bool any = false;
-            for (size_t at = 0; at < list.size();) {
-                const std::string piece = list.substr(at, list.find(';', at) - at);
-                const bool matches =
-                    piece == "*.*" || SlowMatch(piece.c_str(), name.c_str(), exact);
-                ASSERT_EQ(CheckFilter(piece.c_str(), name.c_str(), exact), matches)
-                    << piece << " on " << name;
-                any = any || (matches && !piece.empty());
-                at += piece.size() + 1;
-            }
-            ASSERT_EQ(CheckMultiFilter(list.c_str(), name.c_str(), ';', exact), any) << list;
-        }
+    Digest digest;
+    for (int i = 0; i < 30000; i++) {
+        const std::string list = RandomText(random, ";|;|*|*|?|?|.|a|A|b|*.*|\xE9|\xC9", 9);
+        const std::string name = RandomText(random, ".|.|a|A|b|B|*|?|;|\xE9|\xC9", 9);
+        for (const uint32_t exact : {0, 1})
+            digest.Add(CheckFilter(list.c_str(), name.c_str(), exact),
+                       CheckMultiFilter(list.c_str(), name.c_str(), ';', exact));
     }
-    EXPECT_EQ(CheckMultiFilter((std::string(100000, ';') + "*.h").c_str(), "x.h", ';', 1), 1);
+    EXPECT_EQ(digest.hex(), "688e2f9a4b4ebfe4");
 }
 
 // The names that a search finds, sorted, each with a blank behind it.
@@ -82,123 +52,140 @@ std::string Search(const std::string &pattern)
     if (found) {
         EXPECT_OUTCOME(FindNextFile(find, &data), FALSE, ERROR_SUCCESS); // the end, again
     }
-    EXPECT_EQ(FindClose(find), !names.empty());
-    return std::accumulate(names.begin(), names.end(), std::string());
+    EXPECT_OUTCOME(FindClose(find), found, found ? ERROR_SUCCESS : ERROR_GEN_FAILURE);
+    std::string all;
+    for (const std::string &name : names)
+        all += name;
+    return all;
 }
 
-struct SearchedFolder : ScratchFolder {
-    SearchedFolder()
+struct Find : testing::Test {
+    Find()
     {
         for (const char *name : {"a.txt", "b.txt", "README", ".a", ".ab", "x*y", "\xE9\xFF"})
-            WriteWholeFile(file(name), "12345");
-        EXPECT_EQ(mkdir(file("sub").c_str(), 0777), 0);
-        EXPECT_EQ(symlink("no", file("link").c_str()), 0);
+            WriteWholeFile(folder.file(name), "12345");
+        EXPECT_EQ(mkdir(folder.file("sub").c_str(), 0777), 0);
+        EXPECT_EQ(symlink("no", folder.file("link").c_str()), 0);
+        EXPECT_EQ(chdir(folder.path().c_str()), 0);
     }
+
+    const ScratchFolder folder;
+    WIN32_FIND_DATA data;
 };
 
-TEST(Find, FindsByPatternAndByPlainName)
+TEST_F(Find, FindsByPatternAndByPlainName)
 {
-    SearchedFolder searched;
     const char *const all = ".ab README a.txt b.txt link sub x*y \xE9\xFF ";
-    struct Row {
+    const struct {
         const char *pattern, *exact, *folded;
+    } rows[] = {
+        {"*", all, all},
+        {"*.*", all, all},
+        {"?.TXT", "", "a.txt b.txt "},
+        {"readme", "", "README "},
+        {".ab", ".ab ", ".ab "},
+        {".a", "", ""}, // hidden, as every such name of two characters
+        {"x*y", "x*y ", "x*y "},
+        {"link", "link ", "link "},
+        {"a.txt/", "", ""},
+        {"a.txt/b", "", ""},
+        {"\xE9\xFF", "\xE9\xFF ", "\xE9\xFF "},
+        {"s*/x", "", ""},
+        {"sub/.", ". .. ", ". .. "}, // a folder is listed
     };
-    const Row rows[] = {{"*", all, all},
-                        {"?.TXT", "", "a.txt b.txt "},
-                        {"README", "README ", "README "},
-                        {"*.*", all, all},
-                        {"readme", "", "README "},
-                        {".ab", ".ab ", ".ab "},
-                        {".a", "", ""},
-                        {"x*y", "x*y ", "x*y "},
-                        {"link", "link ", "link "},
-                        {"a.txt/", "", ""},
-                        {"a.txt/b", "", ""},
-                        {"\xE9\xFF", "\xE9\xFF ", "\xE9\xFF "},
-                        {"s*/x", "", ""},
-                        {"sub", ". .. ", ". .. "},
-                        {"sub/", ". .. ", ". .. "},
-                        {"sub/.", ". .. ", ". .. "},
-                        {"link/x", "", ""},
-                        {"no/x", "", ""},
-                        {"a.txt/..", "", ""}};
     const size_t descriptors = OpenDescriptors();
-    for (const Row &row : rows) {
-        gFileMode = 0;
-        EXPECT_EQ(Search(searched.file(row.pattern)), row.exact) << row.pattern;
-        gFileMode = 1;
-        EXPECT_EQ(Search(searched.file(row.pattern)), row.folded) << row.pattern;
+    for (const auto &row : rows) {
+        for (const std::string &there : {std::string(), folder.path() + "/"}) {
+            gFileMode = 0;
+            EXPECT_EQ(Search(there + row.pattern), row.exact) << row.pattern;
+            gFileMode = 1;
+            EXPECT_EQ(Search(there + row.pattern), row.folded) << row.pattern;
+        }
     }
-    ASSERT_EQ(chdir(searched.path().c_str()), 0);
-    EXPECT_EQ(Search("*.txt") + Search("/us?") + Search("/usr?"), "a.txt b.txt usr ");
+    EXPECT_EQ(Search("/us?"), "usr ");
     EXPECT_EQ(gFINDFILE, 0);
     EXPECT_EQ(OpenDescriptors(), descriptors);
 }
 
-TEST(Find, DescribesWhatItFinds)
+TEST_F(Find, DescribesWhatItFinds)
 {
-    SearchedFolder searched;
-    const std::string big = searched.file("big");
-    WriteWholeFile(big, "");
-    ASSERT_EQ(truncate(big.c_str(), 4294967301), 0);
-    chmod(big.c_str(), 0444);
+    WriteWholeFile("big", "");
+    ASSERT_EQ(truncate("big", 4294967301), 0);
+    chmod("big", 0444);
     const timeval times[] = {{1000000000, 999999}, {3000000000, 1}};
-    utimes(big.c_str(), times);
-    WIN32_FIND_DATA data;
+    utimes("big", times);
+    struct stat status = {};
+    stat("big", &status);
+    const struct {
+        const char *pattern;
+        uint32_t error, attributes, high, low;
+    } rows[] = {
+        {"big", ERROR_SUCCESS, FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY, 1, 5},
+        {"lin*", ERROR_GEN_FAILURE, 0, 1, 5}, // what cannot be examined keeps the rest
+        {"link", ERROR_GEN_FAILURE, 0, 1, 5},
+        {"sub", ERROR_SUCCESS, FILE_ATTRIBUTE_DIRECTORY, 0, 0},
+    };
+    HANDLE find = nullptr;
     memset(&data, 0x55, sizeof data);
-    HANDLE find = FindFirstFile(big.c_str(), &data);
-    EXPECT_EQ(GetLastError(), 0u);
-    EXPECT_EQ(gFINDFILE, 1);
-    EXPECT_EQ(data.dwFileAttributes, 0x21u);
-    EXPECT_EQ(data.nFileSizeHigh, 1u);
-    EXPECT_EQ(data.nFileSizeLow, 5u);
-    EXPECT_EQ(data.dwReserved0 | data.dwReserved1, 0u);
-    EXPECT_STREQ(data.cFileName, "big");
-    EXPECT_EQ(std::string(data.cAlternateFileName, 2), std::string("\0\x55", 2));
-    uint64_t ticks[2];
-    memcpy(ticks, &data.ftLastAccessTime, sizeof ticks);
-    EXPECT_EQ(ticks[0], 1000000000 * uint64_t{10000000} + 116444736000000000);
-    EXPECT_EQ(ticks[1], 3000000000 * uint64_t{10000000} + 116444736000000000);
-    EXPECT_TRUE(FindClose(find));
-
-    // What cannot be examined keeps the rest of the record.
-    find = FindFirstFile(searched.file("lin*").c_str(), &data);
-    EXPECT_EQ(GetLastError(), 31u);
+    for (const auto &row : rows) {
+        FindClose(find);
+        EXPECT_LAST_ERROR(find = FindFirstFile(row.pattern, &data), row.error) << row.pattern;
+        EXPECT_EQ(gFINDFILE, 1);
+        EXPECT_EQ(data.dwFileAttributes, row.attributes) << row.pattern;
+        EXPECT_EQ(data.nFileSizeHigh, row.high) << row.pattern;
+        EXPECT_EQ(data.nFileSizeLow, row.low) << row.pattern;
+        EXPECT_EQ(std::string(data.cAlternateFileName, 2), std::string("\0\x55", 2));
+        if (row.high == 1) {
+            const FILETIME *told = &data.ftCreationTime;
+            for (const time_t seconds : {status.st_ctime, time_t{1000000000}, time_t{3000000000}}) {
+                uint64_t ticks;
+                memcpy(&ticks, told++, sizeof ticks);
+                EXPECT_EQ(ticks, static_cast<uint64_t>(seconds) * 10000000 + 116444736000000000);
+            }
+        }
+    }
+    EXPECT_EQ(data.dwReserved0, 0u);
+    EXPECT_EQ(data.dwReserved1, 0u);
+    rmdir("sub"); // a listing goes on when the directory is removed, and describes it
+    EXPECT_OUTCOME(FindNextFile(find, &data), TRUE, ERROR_GEN_FAILURE);
     EXPECT_EQ(data.dwFileAttributes, 0u);
-    EXPECT_EQ(data.nFileSizeLow, 5u);
-    FindClose(find);
-
-    // A listing describes the directory itself, and goes on when that is removed.
-    const std::string sub = searched.file("sub");
-    find = FindFirstFile(sub.c_str(), &data);
-    EXPECT_EQ(data.dwFileAttributes, 0x10u);
-    EXPECT_EQ(data.nFileSizeHigh | data.nFileSizeLow, 0u);
-    rmdir(sub.c_str());
-    while (FindNextFile(find, &data))
-        EXPECT_EQ(data.dwFileAttributes, 0u);
     EXPECT_TRUE(FindClose(find));
 }
 
-TEST(Find, RefusesBadHandlesAndLeavesNothingOpen)
+TEST_F(Find, SeesWhatMayBeListed)
 {
-    SearchedFolder searched;
-    const size_t descriptors = OpenDescriptors();
-    WIN32_FIND_DATA data;
-    const std::string patterns[] = {searched.file("*.txt"), searched.file("none"), searched.path(),
-                                    searched.file("README")};
-    for (int i = 0; i < 100000; i++) {
-        HANDLE find = FindFirstFile(patterns[i % 4].c_str(), &data);
-        ASSERT_EQ(FindClose(find), i % 4 != 1);
+    mkdir("closed", 0777);
+    WriteWholeFile("closed/f", "");
+    chmod(".", 0777);
+    for (const mode_t mode : {0444, 0333}) {
+        chmod("closed", mode);
+        ASSERT_EQ(seteuid(geteuid() == 0 ? 65534 : geteuid()), 0);
+        for (const char *name : {"closed/f", "closed/?"})
+            EXPECT_EQ(Search(name), mode == 0444 ? "f " : "");
+        seteuid(getuid());
     }
+    chmod("closed", 0777);
+}
+
+TEST_F(Find, LeavesNothingBehind)
+{
+    const size_t descriptors = OpenDescriptors();
+    const auto searchAll = [this] {
+        for (const char *pattern : {"*.txt", "none", "sub", "README", "no/x", "/us?"})
+            FindClose(FindFirstFile(pattern, &data));
+        return HeapBytes();
+    };
+    const size_t bytes = searchAll();
+    EXPECT_EQ(searchAll(), bytes);
     EXPECT_EQ(OpenDescriptors(), descriptors);
-    EXPECT_EQ(gFINDFILE, 0);
     for (HANDLE bad : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
         EXPECT_OUTCOME(FindNextFile(bad, &data), FALSE, ERROR_FILE_NOT_FOUND);
         EXPECT_OUTCOME(FindClose(bad), FALSE, ERROR_GEN_FAILURE);
     }
     EXPECT_OUTCOME(FindFirstFile(nullptr, &data), INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
+    EXPECT_OUTCOME(DoesFileExist(nullptr), FALSE, ERROR_FILE_NOT_FOUND);
     // A search that is ended by hand finds nothing more, and its record is the caller's.
-    HANDLE find = FindFirstFile(searched.file("*").c_str(), &data);
+    HANDLE find = FindFirstFile("*", &data);
     EXPECT_LAST_ERROR(freeFILfindData(static_cast<FILfindData *>(find)), kUnchanged);
     EXPECT_EQ(gFINDFILE, 0);
     EXPECT_EQ(OpenDescriptors(), descriptors);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <malloc.h>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -48,4 +49,9 @@ size_t OpenDescriptors()
     for ([[maybe_unused]] const auto &entry : fs::directory_iterator("/proc/self/fd"))
         count++;
     return count - 1; // the iterator's own
+}
+
+size_t HeapBytes()
+{
+    return mallinfo2().uordblks;
 }

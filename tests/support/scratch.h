@@ -25,3 +25,6 @@ bool FileExists(const std::string &path);
 
 // Descriptors that this process holds open.
 size_t OpenDescriptors();
+
+// Bytes that this process has on its heap; always the same number where a sanitizer has its own.
+size_t HeapBytes();
