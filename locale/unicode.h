@@ -68,11 +68,10 @@ inline uint8_t TrailByte(uint32_t codePoint, uint32_t shift)
     return static_cast<uint8_t>(0x80 | ((codePoint >> shift) & 0x3F));
 }
 
+// Of a code point that is not ASCII.
 inline uint8_t *StoreUtf8(uint32_t codePoint, uint8_t *to)
 {
-    if (codePoint < kNotAscii) {
-        *to++ = static_cast<uint8_t>(codePoint);
-    } else if (codePoint < kNotTwoBytes) {
+    if (codePoint < kNotTwoBytes) {
         *to++ = static_cast<uint8_t>(0xC0 | (codePoint >> 6));
         *to++ = TrailByte(codePoint, 0);
     } else if (codePoint < kNotBasic) {

@@ -13,6 +13,7 @@
 
 namespace {
 
+const uint16_t gLangIDAtLoad = gLangID;
 const SYSTEMTIME kMonday = {2005, 3, 1, 7, 13, 5, 9, 0};
 const SYSTEMTIME kSunday = {2005, 3, 0, 6, 0, 5, 9, 0};
 
@@ -44,6 +45,7 @@ TEST_F(Locale, FirstUseSettlesTheLanguage)
         [] { return NumberOf(LOCALE_SYSTEM_DEFAULT, 0); },
         [] { return NumberOf(1031, LOCALE_NOUSEROVERRIDE); },
     };
+    EXPECT_EQ(gLangIDAtLoad, 0);
     for (const auto &use : uses) {
         gLangID = 0;
         EXPECT_OUTCOME(use(), 1033u, kUnchanged) << &use - uses;

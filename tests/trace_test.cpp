@@ -76,16 +76,18 @@ TEST_F(Trace, WritesALineACall)
          R"(security=null, disposition=CREATE_ALWAYS, flags=0, templateFile=null\) = 0x\w+, 0\.\d+ s$)"},
         {"-e file-handles,!CloseHandle", "UseClosed", 2,
          "FlushFileBuffers.* = FALSE, error 0 -> 31 ERROR_GEN_FAILURE, "},
-        {"-e '!*' -e CheckF*,Delete*", "Texts", 1,
+        {"-e '!*' -e CheckF*,Delete*", "Arguments", 1,
          "DeleteFile\\(name=\"/no/such/file\"\\) = FALSE, error \\d+ -> 2 ERROR_FILE_NOT_FOUND"},
-        {"-s 10 -e environment", "Texts", 3,
+        {"-s 10 -e environment", "Arguments", 3,
          R"(value="\\"q\\\\\\t\\xe4 long"\.\.\.\) = 1, [^]*)"
          R"(destination="\\"q\\\\\\t\\xe4 long"\.\.\., size=64\) = 34, )"},
+        {"-e clock", "Arguments", 1,
+         R"(ticks=\[0\], fields=\{1601-01-01 00:00:00\.000\}\) = void, )"},
         {"-e FindFirstFile", "LeakSearch", 1,
          R"(name="/", data=\{cFileName="[^"]+", dwFileAttributes=0x10, nFileSizeLow=0\}\) = 0x)"},
-        {"-e none", "Texts", 0, ""},
-        {"-t -e DeleteFile", "Texts", 1, "^\\d\\d:\\d\\d:\\d\\d\\.\\d{6} \\d+ 0 DeleteFile"},
-        {"-r -e DeleteFile", "Texts", 1, "^ +0\\.\\d{6} \\d+ 0 DeleteFile"},
+        {"-e none", "Arguments", 0, ""},
+        {"-t -e DeleteFile", "Arguments", 1, "^\\d\\d:\\d\\d:\\d\\d\\.\\d{6} \\d+ 0 DeleteFile"},
+        {"-r -e DeleteFile", "Arguments", 1, "^ +0\\.\\d{6} \\d+ 0 DeleteFile"},
         {"-e strings,LoadString,GetVersion", "Unwind", 6,
          " 0 LoadString.* = left by unwinding, [^]* 0 GetVersion[^]*"
          " 1 lstrcpy\\(dst=\"nested\", src=\"nested\"\\) = \"nested\"[^]*"
@@ -98,11 +100,11 @@ TEST_F(Trace, WritesALineACall)
         {"--check --json", "LeakFile", 1,
          R"(^\{"finding":"never ended","kind":"file","handle":"0x\w+","made":\{"name":"CreateFile",)"
          R"("caller":"faulty_host.*"\},"times":1\}$)"},
-        {"-c -e DeleteFile,FreeLib", "Texts", 3, "^ +\\d\\.\\d+ +1 +\\d+\\.\\d+ DeleteFile$"},
-        {"--json -s 4 -e DeleteFile", "Texts", 1,
+        {"-c -e DeleteFile,FreeLib", "Arguments", 3, "^ +\\d\\.\\d+ +1 +\\d+\\.\\d+ DeleteFile$"},
+        {"--json -s 4 -e DeleteFile", "Arguments", 1,
          R"(^\{"time":\d\.\d+,"thread":\d+,"depth":0,"name":"DeleteFile","arguments":\{"name":"/no/..."\},)"
          R"("result":"FALSE","error":\[\d+,2\],"seconds":\d\.\d+\}$)"},
-        {"--json -c -e DeleteFile", "Texts", 1,
+        {"--json -c -e DeleteFile", "Arguments", 1,
          R"(^\{"seconds":.*,"calls":1,"each":.*,"name":"DeleteFile"\}$)"},
     };
     for (const auto &row : rows) {

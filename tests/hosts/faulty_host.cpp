@@ -142,9 +142,12 @@ FUNCTION Fork()
     wait(nullptr);
 }
 
-FUNCTION Texts()
+FUNCTION Arguments()
 {
     char bytes[64] = "";
+    const int64_t ticks = 0;
+    TIME_FIELDS fields;
+    RtlTimeToTimeFields(&ticks, &fields);
     SetEnvironmentVariable("WEXELXI_TEXT", "\"q\\\t\xE4 long enough to be cut in two");
     GetEnvironmentVariable("WEXELXI_TEXT", bytes, sizeof bytes);
     DeleteFile("/no/such/file");
