@@ -1,6 +1,7 @@
 // What a captured command writes.
 #include "modules/capture_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -29,9 +30,8 @@ char *ReadBlock(int file)
         return FailBlock();
     if (info.st_size == 0)
         return nullptr;
-    if (info.st_size >= INT32_MAX)
-        return FailWith<char *>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
-    HGLOBAL block = GlobalAlloc(GLOBAL_ZEROFILL, static_cast<int32_t>(info.st_size) + 1);
+    const auto bytes = static_cast<int32_t>(std::min<off_t>(info.st_size + 1, INT32_MAX));
+    HGLOBAL block = GlobalAlloc(GLOBAL_ZEROFILL, bytes); // none is as large as INT32_MAX
     if (block)
         ReadAll(file, block, static_cast<size_t>(info.st_size));
     return static_cast<char *>(block);

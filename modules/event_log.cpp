@@ -1,10 +1,14 @@
 // The host's own messages to the system log.
 #include <cstring>
 #include <mutex>
+#include <string>
 #include <syslog.h>
 
+#include "core/no_memory.h"
 #include "core/owners.h"
 #include "wexelxi/processes.h"
+
+using namespace wexelxi;
 
 namespace {
 
@@ -19,29 +23,23 @@ char *gName = nullptr;
 
 HANDLE RegisterEventSource(const char *, const char *source)
 {
-    char *name = source ? strdup(source) : nullptr;
+    MallocBlock<char> name(source ? strdup(source) : nullptr);
     const std::lock_guard<std::mutex> guard(gNameLock);
-    openlog(name, LOG_NDELAY, LOG_USER);
-    free(gName);
-    gName = name;
+    openlog(name.get(), LOG_NDELAY, LOG_USER);
+    name.reset(std::exchange(gName, name.release()));
     return reinterpret_cast<HANDLE>(uintptr_t{1});
 }
 
 BOOL ReportEvent(HANDLE, uint16_t, uint16_t, uint32_t, void *, uint16_t count, uint32_t,
                  const char *const *strings, void *)
 {
-    size_t bytes = 1;
-    for (uint16_t i = 0; i < count; i++)
-        bytes += strings[i] ? strlen(strings[i]) : 0;
-    const wexelxi::MallocBlock<char> text(static_cast<char *>(malloc(bytes)));
-    if (!text)
-        return TRUE;
-    char *end = text.get();
-    for (uint16_t i = 0; i < count; i++)
-        end = stpcpy(end, strings[i] ? strings[i] : "");
-    *end = '\0';
-    syslog(LOG_INFO, "%s", text.get());
-    return TRUE;
+    return OrNoMemory(BOOL{TRUE}, [&] {
+        std::string text;
+        for (uint16_t i = 0; i < count; i++)
+            text += strings[i] ? strings[i] : "";
+        syslog(LOG_INFO, "%s", text.c_str());
+        return BOOL{TRUE};
+    });
 }
 
 BOOL DeregisterEventSource(HANDLE)

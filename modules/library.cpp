@@ -10,10 +10,9 @@
 
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "modules/module_chain.h"
-#include "wexelxi/memory.h"
 #include "wexelxi/preferences.h"
-#include "wexelxi/profile.h"
 #include "wexelxi/resources.h"
 
 using namespace wexelxi;
@@ -29,32 +28,18 @@ uint32_t gLoadsAtEnd = 0;
 
 // A module whose functions are called may end by an exception, or release itself: what is noted for
 // the length of the call is taken back by handle, on every path.
-class Leaving {
-public:
-    explicit Leaving(MODChainEntry *entry) : module_(entry->module) { entry->isLeaving = true; }
-    ~Leaving()
-    {
-        if (MODChainEntry *entry = FindModule(module_))
-            entry->isLeaving = false;
-    }
-    Leaving(const Leaving &) = delete;
-    Leaving &operator=(const Leaving &) = delete;
+void EndLeaving(HMODULE module)
+{
+    if (MODChainEntry *entry = FindModule(module))
+        entry->isLeaving = false;
+}
+using Leaving = std::unique_ptr<void, ReleaseWith<EndLeaving>>;
 
-private:
-    const HMODULE module_;
-};
-
-class Ending {
-public:
-    Ending()
-    {
-        gIsEnding = true;
-        gLoadsAtEnd = 0;
-    }
-    ~Ending() { gIsEnding = false; }
-    Ending(const Ending &) = delete;
-    Ending &operator=(const Ending &) = delete;
-};
+void Clear(bool *flag)
+{
+    *flag = false;
+}
+using Ending = std::unique_ptr<bool, ReleaseWith<Clear>>;
 
 void CallDllMain(HMODULE module, uint32_t reason, intptr_t reserved)
 {
@@ -66,27 +51,19 @@ void CallDllMain(HMODULE module, uint32_t reason, intptr_t reserved)
 void TellDetach(MODChainEntry *entry)
 {
     const HMODULE module = entry->module;
-    const Leaving leaving(entry);
+    entry->isLeaving = true;
+    const Leaving leaving(module);
     if (entry->resFunc)
         entry->resFunc(WXRES_DETACH, 0, 0, 0);
     CallDllMain(module, DLL_PROCESS_DETACH, 0);
 }
 
-MODChainEntry *FindLoaded(const char *name)
+HMODULE OpenModule(const std::string &name)
 {
-    char folder[4096];
-    folder[0] = '\0';
-    if (name[0] != '/')
-        GetWexelXiFolder(folder);
-    return FindModule(PathOfModule(name, folder));
-}
-
-HMODULE OpenModule(const char *name)
-{
-    ModuleEntry entry = NewModuleEntry(ModuleStem(name), kModuleSuffix);
+    ModuleEntry entry = NewModuleEntry(name);
     if (!entry)
         return nullptr;
-    const HMODULE module = dlopen(entry->name, RTLD_LAZY);
+    const HMODULE module = dlopen(name.c_str(), RTLD_LAZY);
     if (!module) {
         SetLastErrorString(dlerror());
         return FailWith<HMODULE>(ERROR_GEN_FAILURE, nullptr);
@@ -106,9 +83,9 @@ void *SymbolOfHost(const char *name)
     void *symbol = dlsym(RTLD_DEFAULT, name);
     Dl_info info;
     link_map *owner = nullptr;
-    if (!symbol || !dladdr1(symbol, &info, reinterpret_cast<void **>(&owner), RTLD_DL_LINKMAP))
-        return nullptr;
-    return owner->l_name[0] == '\0' ? symbol : nullptr;
+    const bool isFound =
+        dladdr1(symbol, &info, reinterpret_cast<void **>(&owner), RTLD_DL_LINKMAP) != 0;
+    return isFound && owner->l_name[0] == '\0' ? symbol : nullptr;
 }
 
 } // namespace
@@ -121,9 +98,17 @@ HMODULE LoadLibrary(const char *name)
         return nullptr;
     if (gIsEnding && gLoadsAtEnd++ >= kMaxLoadsAtEnd)
         return FailWith<HMODULE>(ERROR_GEN_FAILURE, nullptr);
-    MODChainEntry *entry = FindLoaded(name);
+    std::string file;
+    MODChainEntry *entry = nullptr;
+    const bool isSought = OrNoMemory(false, [&] {
+        file = ModuleFileName(name);
+        entry = FindModule(ModulePath(file));
+        return true;
+    });
+    if (!isSought)
+        return nullptr;
     if (!entry)
-        return OpenModule(name);
+        return OpenModule(file);
     entry->refCount++;
     return entry->module;
 }
@@ -143,7 +128,8 @@ int32_t FreeLibrary(HMODULE module)
             return 1;
         TellDetach(entry);
     }
-    if (MODChain_remove(module)) {
+    // A module that ends the library as it leaves is out of the chain by now.
+    if (MODChain_remove(module) || !FindModule(module)) {
         if (!isHost)
             dlclose(module);
         if (gHMODULE > 0)
@@ -184,7 +170,9 @@ void TermModule(void)
     gNoFreeLibrary = 0;
     if (gIsEnding)
         return; // from a module that is told to leave: the call around it goes on
-    const Ending ending;
+    gIsEnding = true;
+    gLoadsAtEnd = 0;
+    const Ending ending(&gIsEnding);
     while (gModChain) {
         if (gModChain->isLeaving)
             MODChain_remove(gModChain->module); // it is told already

@@ -2,11 +2,12 @@
 // entries; library.cpp opens, closes and calls the modules.
 #include "modules/module_chain.h"
 
-#include <cstring>
-#include <sys/time.h>
+#include <algorithm>
+#include <chrono>
+#include <functional>
 
-#include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "wexelxi/memory.h"
 #include "wexelxi/profile.h"
 #include "wexelxi/time.h"
@@ -19,20 +20,20 @@ int32_t gScaleFactor = 1;
 
 namespace {
 
-constexpr size_t kPathBytes = 4096;
-
 // Two indexes, so that one module among many is found at once: in each bucket its entries in the
 // order of the chain, so that the first match of a bucket is the first of the chain.
 constexpr size_t kBuckets = 127;
 MODChainEntry *gByName[kBuckets];
 MODChainEntry *gByHandle[kBuckets];
 
-MODChainEntry **BucketOf(const MODChainEntry *entry)
+// The name of an entry, and every path that may mean it, end in the same base name.
+MODChainEntry **BucketOfName(std::string_view path)
 {
-    return &gByName[ModuleNameHash(std::string_view(entry->name)) % kBuckets];
+    const std::string_view base = path.substr(path.rfind('/') + 1);
+    return &gByName[std::hash<std::string_view>{}(base) % kBuckets];
 }
 
-MODChainEntry **BucketOf(HMODULE module)
+MODChainEntry **BucketOfHandle(HMODULE module)
 {
     return &gByHandle[reinterpret_cast<uintptr_t>(module) % kBuckets];
 }
@@ -48,15 +49,29 @@ void Append(MODChainEntry **link, MODChainEntry *entry)
 template <MODChainEntry *MODChainEntry::*Next>
 void Unlink(MODChainEntry **link, const MODChainEntry *entry)
 {
-    while (*link && *link != entry)
+    while (*link != entry)
         link = &((*link)->*Next);
-    if (*link)
-        *link = entry->*Next;
+    *link = entry->*Next;
 }
 
 } // namespace
 
 namespace wexelxi {
+
+std::string ModuleFileName(std::string_view name)
+{
+    const size_t dot = name.rfind('.');
+    return std::string(name.substr(0, dot == 0 ? name.npos : dot)) + ".so";
+}
+
+std::string ModulePath(std::string_view name)
+{
+    if (name.starts_with('/'))
+        return std::string(name);
+    char folder[4096];
+    GetWexelXiFolder(folder);
+    return std::string(folder).append("/").append(name);
+}
 
 void FreeModuleEntry(MODChainEntry *entry)
 {
@@ -64,22 +79,19 @@ void FreeModuleEntry(MODChainEntry *entry)
     GlobalFree(entry);
 }
 
-ModuleEntry NewModuleEntry(std::string_view name, std::string_view suffix)
+ModuleEntry NewModuleEntry(std::string_view name)
 {
-    const size_t bytes = name.size() + suffix.size() + 1;
-    if (bytes > INT32_MAX)
-        return FailWith<ModuleEntry>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
-    GlobalBlock<char> text(static_cast<char *>(GlobalAlloc(0, static_cast<int32_t>(bytes))));
-    if (!text)
-        return nullptr;
-    text.get()[name.copy(text.get(), name.size())] = '\0';
-    text.get()[name.size() + suffix.copy(text.get() + name.size(), suffix.size())] = '\0';
-    auto *entry = static_cast<MODChainEntry *>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(MODChainEntry)));
+    ModuleEntry entry(
+        static_cast<MODChainEntry *>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(MODChainEntry))));
     if (!entry)
         return nullptr;
-    entry->name = text.release();
+    const auto bytes = static_cast<int32_t>(std::min<size_t>(name.size() + 1, INT32_MAX));
+    entry->name = static_cast<char *>(GlobalAlloc(GLOBAL_ZEROFILL, bytes));
+    if (!entry->name)
+        return nullptr; // no memory, or a name that no block holds
+    name.copy(entry->name, name.size());
     entry->refCount = 1;
-    return ModuleEntry(entry);
+    return entry;
 }
 
 void AppendModule(ModuleEntry owned)
@@ -87,24 +99,29 @@ void AppendModule(ModuleEntry owned)
     AssertLockHeld();
     MODChainEntry *entry = owned.release();
     Append<&MODChainEntry::next>(&gModChain, entry);
-    Append<&MODChainEntry::nextOfName>(BucketOf(entry), entry);
-    Append<&MODChainEntry::nextOfHandle>(BucketOf(entry->module), entry);
+    Append<&MODChainEntry::nextOfName>(BucketOfName(entry->name), entry);
+    Append<&MODChainEntry::nextOfHandle>(BucketOfHandle(entry->module), entry);
 }
 
 MODChainEntry *FindModule(HMODULE module)
 {
     AssertLockHeld();
-    MODChainEntry *entry = *BucketOf(module);
+    MODChainEntry *entry = *BucketOfHandle(module);
     while (entry && entry->module != module)
         entry = entry->nextOfHandle;
     return entry;
 }
 
-MODChainEntry *FindModule(const ModulePath &path)
+MODChainEntry *FindModule(std::string_view path)
 {
     AssertLockHeld();
-    MODChainEntry *entry = gByName[ModuleNameHash(path) % kBuckets];
-    while (entry && !ModuleNameMatches(entry->name, path))
+    const size_t slash = path.rfind('/');
+    const bool hasBase = slash != path.npos && slash > 0;
+    const auto isMeant = [&](std::string_view name) {
+        return name.starts_with('/') ? name == path : hasBase && name == path.substr(slash + 1);
+    };
+    MODChainEntry *entry = *BucketOfName(path);
+    while (entry && !isMeant(entry->name))
         entry = entry->nextOfName;
     return entry;
 }
@@ -129,11 +146,8 @@ MODChainEntry *MODChain_findByMod(HMODULE module)
 MODChainEntry *MODChain_findByName(const char *name)
 {
     LockScope lock;
-    char folder[kPathBytes];
-    folder[0] = '\0';
-    if (name[0] != '/')
-        GetWexelXiFolder(folder);
-    return FindModule(PathOfAnyName(name, folder));
+    return OrNoMemory<MODChainEntry *>(
+        nullptr, [&] { return FindModule(ModuleFileName(ModulePath(name))); });
 }
 
 BOOL MODChain_remove(HMODULE module)
@@ -143,8 +157,8 @@ BOOL MODChain_remove(HMODULE module)
     if (!entry || --entry->refCount != 0)
         return FALSE;
     Unlink<&MODChainEntry::next>(&gModChain, entry);
-    Unlink<&MODChainEntry::nextOfName>(BucketOf(entry), entry);
-    Unlink<&MODChainEntry::nextOfHandle>(BucketOf(module), entry);
+    Unlink<&MODChainEntry::nextOfName>(BucketOfName(entry->name), entry);
+    Unlink<&MODChainEntry::nextOfHandle>(BucketOfHandle(module), entry);
     FreeModuleEntry(entry);
     return TRUE;
 }
@@ -152,9 +166,8 @@ BOOL MODChain_remove(HMODULE module)
 void InitModule(void)
 {
     LockScope lock;
-    timeval now;
-    gettimeofday(&now, nullptr);
-    gTickStart = static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_usec / 1000);
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    gTickStart = static_cast<uint32_t>(duration_cast<std::chrono::milliseconds>(now).count());
     MODChain_add(gWEXELfullPath, WEXELXI_HOST_MODULE);
     if (MODChainEntry *host = FindModule(WEXELXI_HOST_MODULE))
         host->resFunc = gWexelResFunc;

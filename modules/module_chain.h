@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "core/owners.h"
-#include "modules/module_names.h"
 #include "wexelxi/core.h"
 #include "wexelxi/modules.h"
 
@@ -25,16 +25,23 @@ struct MODChainEntry {
 
 namespace wexelxi {
 
+// A module's file name: everything from the last dot on, if that is not the first character, gives
+// way to ".so".
+std::string ModuleFileName(std::string_view name);
+
+// A name that does not begin with '/' stands in the configuration folder.
+std::string ModulePath(std::string_view name);
+
 void FreeModuleEntry(MODChainEntry *entry);
 using ModuleEntry = std::unique_ptr<MODChainEntry, ReleaseWith<FreeModuleEntry>>;
 
 // An entry with reference count 1 that is not in the chain yet; null with last error 8 if there is
 // no memory for it.
-ModuleEntry NewModuleEntry(std::string_view name, std::string_view suffix = {});
+ModuleEntry NewModuleEntry(std::string_view name);
 void AppendModule(ModuleEntry entry);
 
-// The first entry of that handle or path, or null. The caller holds the lock.
+// The first entry of that handle or whole path, or null. The caller holds the lock.
 MODChainEntry *FindModule(HMODULE module);
-MODChainEntry *FindModule(const ModulePath &path);
+MODChainEntry *FindModule(std::string_view path);
 
 } // namespace wexelxi

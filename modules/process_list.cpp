@@ -1,7 +1,6 @@
 // Whether a program runs, as `ps` tells it.
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <string>
 
 #include "core/lock.h"
@@ -15,17 +14,13 @@ using namespace wexelxi;
 
 namespace {
 
-constexpr int kLineBytes = 253;
-
 // Behind the heading, one name a line.
 bool ListNamesPartOf(FILE *list, const char *text)
 {
-    char line[kLineBytes];
-    if (!fgets(line, sizeof line, list))
-        return false;
-    while (fgets(line, sizeof line, list)) {
+    char line[253];
+    for (bool isHeading = true; fgets(line, sizeof line, list); isHeading = false) {
         line[ProcessName(line).size()] = '\0';
-        if (line[0] != '\0' && strstr(text, line))
+        if (!isHeading && line[0] != '\0' && strstr(text, line))
             return true;
     }
     return false;
@@ -36,15 +31,12 @@ int32_t AskForNames(const char *text)
     const std::string path = std::string(ConfigurationFolder()) + "/psrep";
     const std::string command = "ps -eo \"%c\" > " + ShellWord(path);
     unlink(path.c_str()); // what a killed process left there, or a link
-    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file)
+    const Stream list(fopen(path.c_str(), "w+xe"));
+    if (!list)
         return 0;
     [[maybe_unused]] const int status = system(command.c_str()); // the file tells
     unlink(path.c_str());
-    const Stream list(fdopen(file.get(), "r"));
-    if (list)
-        file.release();
-    return list && ListNamesPartOf(list.get(), text);
+    return ListNamesPartOf(list.get(), text);
 }
 
 } // namespace

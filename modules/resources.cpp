@@ -18,25 +18,15 @@ struct ResourceRecord {
 
 namespace {
 
-WXRESFUNC ResourceFunctionOf(MODChainEntry *entry)
+WXRESFUNC ResourceFunctionOf(HMODULE module)
 {
-    if (!entry)
-        return nullptr;
-    return entry->resFunc ? entry->resFunc : MODChain_getResFunc(entry);
-}
-
-// The host's function came with InitLib, and its pseudo-handle is none that dlsym could take.
-WXRESFUNC LookUpResourceFunction(HMODULE module)
-{
-    if (!module || module == WEXELXI_HOST_MODULE)
-        return nullptr;
-    return reinterpret_cast<WXRESFUNC>(dlsym(module, "WXresFunc"));
+    MODChainEntry *entry = FindModule(module);
+    return entry ? MODChain_getResFunc(entry) : nullptr;
 }
 
 intptr_t SendToOwner(const ResourceRecord *record, uint32_t opcode, intptr_t value)
 {
-    const WXRESFUNC send = ResourceFunctionOf(record->owner);
-    return send ? send(opcode, 0, value, 0) : 0;
+    return record->owner->resFunc(opcode, 0, value, 0); // found by it, and so known
 }
 
 } // namespace
@@ -47,10 +37,14 @@ WXRESFUNC MODChain_getResFunc(MODChainEntry *entry)
     if (entry->resFunc)
         return entry->resFunc;
     SetLastError(ERROR_SUCCESS);
-    const WXRESFUNC function = LookUpResourceFunction(entry->module);
+    // The host's function came with InitLib, and its pseudo-handle is none that dlsym could take.
+    const HMODULE module = entry->module;
+    if (!module || module == WEXELXI_HOST_MODULE)
+        return nullptr;
+    const auto function = reinterpret_cast<WXRESFUNC>(dlsym(module, "WXresFunc"));
     entry->resFunc = function;
     if (function)
-        function(WXRES_ATTACH, reinterpret_cast<intptr_t>(entry->module), 0, 0);
+        function(WXRES_ATTACH, reinterpret_cast<intptr_t>(module), 0, 0);
     return function;
 }
 
@@ -58,8 +52,7 @@ ResourceRecord *FindResource(HMODULE module, const void *name, const void *type)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    MODChainEntry *entry = FindModule(module);
-    const WXRESFUNC send = ResourceFunctionOf(entry);
+    const WXRESFUNC send = ResourceFunctionOf(module);
     if (!send)
         return nullptr;
     const intptr_t found =
@@ -70,7 +63,7 @@ ResourceRecord *FindResource(HMODULE module, const void *name, const void *type)
         static_cast<ResourceRecord *>(GlobalAlloc(GLOBAL_ZEROFILL, sizeof(ResourceRecord)));
     if (!record)
         return nullptr;
-    record->owner = entry;
+    record->owner = FindModule(module);
     record->found = found;
     return record;
 }
@@ -79,7 +72,7 @@ ResourceRecord *LoadResource(HMODULE module, ResourceRecord *record)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    const WXRESFUNC send = ResourceFunctionOf(FindModule(module));
+    const WXRESFUNC send = ResourceFunctionOf(module);
     if (!send || !record)
         return nullptr;
     record->loaded = send(WXRES_LOAD, record->found, 0, 0);
@@ -127,7 +120,7 @@ int32_t LoadString(HMODULE module, uint32_t id, char *destination, int32_t size)
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
-    const WXRESFUNC send = ResourceFunctionOf(FindModule(module));
+    const WXRESFUNC send = ResourceFunctionOf(module);
     if (!send)
         return 0;
     return static_cast<int32_t>(send(WXRES_LOADSTRING, static_cast<intptr_t>(id),

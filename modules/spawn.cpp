@@ -35,29 +35,6 @@ private:
     struct sigaction previous_ = {};
 };
 
-// Gives the child the default effect of the signals that end a command.
-class ChildSignals {
-public:
-    ChildSignals()
-    {
-        sigset_t defaults;
-        sigemptyset(&defaults);
-        for (const int number : {SIGINT, SIGQUIT, SIGHUP})
-            sigaddset(&defaults, number);
-        posix_spawnattr_init(&attributes_);
-        posix_spawnattr_setsigdefault(&attributes_, &defaults);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF);
-    }
-    ~ChildSignals() { posix_spawnattr_destroy(&attributes_); }
-    ChildSignals(const ChildSignals &) = delete;
-    ChildSignals &operator=(const ChildSignals &) = delete;
-
-    const posix_spawnattr_t *get() const { return &attributes_; }
-
-private:
-    posix_spawnattr_t attributes_;
-};
-
 // Waits until that child ends; a signal is no end. Other children of the host are reaped on the
 // way.
 int WaitForChild(pid_t child)
@@ -77,11 +54,18 @@ int RunShell(const char *command)
     AssertLockHeld();
     const IgnoredSignal interrupt(SIGINT);
     const IgnoredSignal quit(SIGQUIT);
-    const ChildSignals signals;
+    sigset_t defaults = {}; // the signals that end a command
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP})
+        sigaddset(&defaults, number);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     const char *const arguments[] = {"sh", "-c", command, nullptr};
     pid_t child = -1;
-    const int error = posix_spawn(&child, "/bin/sh", nullptr, signals.get(),
+    const int error = posix_spawn(&child, "/bin/sh", nullptr, &attributes,
                                   const_cast<char *const *>(arguments), environ);
+    posix_spawnattr_destroy(&attributes);
     if (error == EAGAIN || error == ENOMEM)
         return FailWith(ERROR_NOT_ENOUGH_MEMORY, -1);
     return error == 0 ? WaitForChild(child) : kShellNotRun;

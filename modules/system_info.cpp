@@ -66,18 +66,16 @@ int32_t GetComputerName(char *destination, uint32_t *size)
 BOOL GetUserName(char *destination, uint32_t *size)
 {
     LockScope lock;
-    const char *name = cuserid(nullptr);
-    const size_t length = name ? strlen(name) : 0;
+    char name[L_cuserid];
+    const size_t length = strlen(cuserid(name));
     if (!destination || !size)
         return FALSE;
     destination[0] = '\0';
-    if (length + 1 > *size)
+    if (length >= *size)
         return FALSE;
     *size = static_cast<uint32_t>(length);
-    if (length == 0)
-        return FALSE;
     memcpy(destination, name, length + 1);
-    return TRUE;
+    return length > 0;
 }
 
 uint32_t GetVersion(void)

@@ -1,87 +1,111 @@
 // The module chain, loading, and resources, with plug-ins that the build makes.
+#include <dlfcn.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <random>
 #include <stdexcept>
-#include <string>
-#include <sys/time.h>
 #include <thread>
 
-#include "modules/module_names.h"
+#include "support/digest.h"
 #include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
-
-extern "C" WEXELXI_API int HostAnswer(void)
-{
-    return 41;
-}
 
 namespace {
 
 constexpr uint32_t kLeftByPlugin = 77; // the plug-ins' own last errors
 constexpr uint32_t kLeftByResources = 78;
 
-std::string gHostLog;
+std::string gTold;       // what the plug-in and the host were told since the last question
+const char *gCalls = ""; // what the plug-in does when it is told to leave, a letter each
+uint32_t gLoads = 0;     // of itself
 
-intptr_t HostResources(uint32_t opcode, intptr_t first, intptr_t second, intptr_t third)
+std::string TakeTold()
 {
-    gHostLog += std::to_string(opcode) + ":" + std::to_string(first) + " ";
-    if (opcode == WXRES_LOADSTRING)
-        return snprintf(reinterpret_cast<char *>(second), static_cast<size_t>(third), "host");
-    return 5;
+    return std::exchange(gTold, "");
 }
+
+void CallBack(char call, HMODULE module)
+{
+    char name[4096];
+    GetModuleFileName(module, name, 0);
+    if (call == 'L' && LoadLibrary(name) == module)
+        gLoads++;
+    else if (call == 'L')
+        gTold += std::to_string(GetLastError());
+    else if (call == 'F')
+        FreeLibrary(module);
+    else if (call == 'T')
+        TermModule();
+    else if (call == 'X')
+        throw std::runtime_error("the plug-in's own");
+    else
+        pthread_exit(nullptr);
+}
+
+} // namespace
+
+extern "C" {
+
+WEXELXI_API BOOL PluginMain(HMODULE module, uint32_t reason, intptr_t reserved)
+{
+    gTold += "DllMain " + std::to_string(reason) + " " + std::to_string(reserved) + "\n";
+    for (const char *call = reason == DLL_PROCESS_ATTACH ? "LF" : gCalls; *call; call++)
+        CallBack(*call, module);
+    SetLastError(kLeftByPlugin);
+    return FALSE; // ignored
+}
+
+WEXELXI_API intptr_t PluginResources(uint32_t opcode, intptr_t first, intptr_t second,
+                                     intptr_t third)
+{
+    if (opcode == WXRES_ATTACH)
+        first = MODChain_findByMod(reinterpret_cast<HMODULE>(first)) != nullptr;
+    if (opcode == WXRES_LOADSTRING)
+        strcpy(reinterpret_cast<char *>(std::exchange(second, 0)), "a text");
+    for (const int64_t number : {int64_t{opcode}, first, second, third})
+        gTold += std::to_string(number) + " ";
+    SetLastError(kLeftByResources);
+    return opcode == WXRES_FIND && first == 5 ? 0 : static_cast<intptr_t>(0x500000000 + opcode);
+}
+
+// The host's own symbol, and none that a module without one shall have.
+WEXELXI_API intptr_t WXresFunc(uint32_t, intptr_t, intptr_t, intptr_t)
+{
+    return 1;
+}
+}
+
+namespace {
 
 // The library, started on a folder that holds the plug-ins.
 struct Modules : testing::Test {
     Modules()
     {
-        for (const char *name : {"full", "bare", "reentrant", "broken"})
-            std::filesystem::create_symlink(std::string(PLUGIN_FOLDER) + "/" + name + ".so",
-                                            Path(name) + ".so");
-        setenv("PLUGIN_LOG", library.folder.file("log").c_str(), 1);
+        for (const char *name : {"full.so", "bare.so"})
+            std::filesystem::create_symlink(std::string(PLUGIN_FOLDER "/") + name, Path(name));
+        gTold = gCalls = "";
+        gLoads = 0;
     }
-    std::string Path(const std::string &name) const { return library.folder.file(name); }
-    HMODULE Load(const std::string &name) const { return LoadLibrary(Path(name).c_str()); }
-
-    // What the plug-in was told since the last question.
-    std::string TakeLog() const
+    std::string Path(const char *name) const { return library.folder.file(name); }
+    HMODULE Load(const char *name) const { return LoadLibrary(Path(name).c_str()); }
+    bool IsOpen() const
     {
-        const std::string log = ReadWholeFile(Path("log"));
-        std::filesystem::remove(Path("log"));
-        return log;
+        void *open = dlopen(Path("full.so").c_str(), RTLD_LAZY | RTLD_NOLOAD);
+        return open && dlclose(open) == 0;
     }
 
-    StartedLibrary library{HostResources};
+    StartedLibrary library{PluginResources}; // which serves the host too
 };
 
-std::string NameOf(HMODULE module)
+HMODULE Handle(size_t number)
 {
-    char name[4096] = "unset";
-    uint32_t length = 0;
-    EXPECT_LAST_ERROR(length = GetModuleFileName(module, name, 0), ERROR_SUCCESS);
-    EXPECT_EQ(length, strlen(name));
-    return name;
+    return reinterpret_cast<HMODULE>(0x1000 + 0x10 * number);
 }
 
-// How names are found, step by step on whole texts.
-std::string Normalised(const std::string &name)
+// Names, folders and entries of few letters, most of which meet somewhere.
+TEST_F(Modules, AreFoundByTheirNames)
 {
-    const size_t dot = name.rfind('.');
-    return (dot != name.npos && dot > 0 ? name.substr(0, dot) : name) + ".so";
-}
-
-bool PlainlyMatches(const std::string &entry, const std::string &name, const std::string &folder)
-{
-    const std::string path = Normalised(name[0] == '/' ? name : folder + "/" + name);
-    const size_t slash = path.rfind('/');
-    const bool hasBase = slash != path.npos && slash > 0;
-    return entry[0] == '/' ? entry == path : hasBase && entry == path.substr(slash + 1);
-}
-
-TEST(ModuleNames, AreFoundAsByWholeTexts)
-{
-    using namespace wexelxi;
     std::mt19937 random(1);
     const auto text = [&](size_t shortest, size_t longest) {
         std::string made(shortest + random() % (longest - shortest + 1), ' ');
@@ -89,168 +113,173 @@ TEST(ModuleNames, AreFoundAsByWholeTexts)
             c = "/./ab"[random() % 5];
         return made;
     };
-    size_t matches = 0;
-    for (int i = 0; i < 100000; i++) {
+    Digest digest;
+    for (int i = 0; i < 20000; i++) {
         const std::string name = text(1, 4), folder = text(0, 4);
         std::string entry = text(1, 5);
         if (i % 2)
             entry = (i % 4 == 1 ? folder + "/" + name : name) + ".so";
-        const bool expected = PlainlyMatches(entry, name, folder);
-        const ModulePath path = PathOfAnyName(name, folder);
-        ASSERT_EQ(ModuleNameMatches(entry, path), expected)
-            << entry << " " << name << " " << folder;
-        if (expected) {
-            ASSERT_EQ(ModuleNameHash(entry), ModuleNameHash(path)) << entry << " " << name;
-            matches++;
-        }
-        const std::string loaded = Normalised(name);
-        ASSERT_EQ(ModuleNameMatches(entry, PathOfModule(name, folder)),
-                  PlainlyMatches(entry, loaded, folder))
-            << entry << " loaded as " << name << " " << folder;
+        SetWexelXiFolder(folder.c_str());
+        MODChain_add(entry.c_str(), Handle(0));
+        digest.Add(MODChain_findByName(name.c_str()) != nullptr,
+                   LoadLibrary(name.c_str()) == Handle(0));
+        while (MODChain_findByMod(Handle(0)))
+            MODChain_remove(Handle(0));
     }
-    EXPECT_GT(matches, 5000u);
+    EXPECT_EQ(digest.hex(), "f8611d4e960b61a4");
 }
 
 TEST_F(Modules, AreCountedAndToldOnce)
 {
+    char name[4096];
     gScaleFactor = -3;
     HMODULE full = nullptr;
     EXPECT_LAST_ERROR(full = Load("full.dll"), kLeftByPlugin) << "DllMain has the last word";
-    ASSERT_NE(full, nullptr);
-    EXPECT_EQ(TakeLog(), "DllMain 1 -3 in chain\n");
+    EXPECT_EQ(TakeTold(), "DllMain 1 -3\n");
+    EXPECT_EQ(gLoads, 1u) << "it is in the chain by then";
     EXPECT_OUTCOME(Load("full.so"), full, ERROR_SUCCESS);
-    EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(gHMODULE, 1u);
-    EXPECT_EQ(NameOf(full), Path("full.so"));
-    EXPECT_OUTCOME(GetModuleHandle("full.anything"), full, ERROR_SUCCESS)
-        << "it lies in the configuration folder";
-    EXPECT_OUTCOME(GetModuleHandle("/elsewhere/full.so"), nullptr, ERROR_SUCCESS);
-
-    void *answer = nullptr;
-    EXPECT_LAST_ERROR(answer = GetProcAddress(full, "PluginAnswer"), ERROR_SUCCESS);
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(reinterpret_cast<int (*)()>(answer)(), 42);
+    uint32_t length = 0;
+    EXPECT_LAST_ERROR(length = GetModuleFileName(full, name, 0), ERROR_SUCCESS);
+    EXPECT_EQ(length, strlen(name));
+    EXPECT_EQ(name, Path("full.so"));
+    EXPECT_OUTCOME(GetProcAddress(full, "DllMain"), dlsym(full, "DllMain"), ERROR_SUCCESS);
     EXPECT_OUTCOME(GetProcAddress(full, "NoSuchName"), nullptr, ERROR_SUCCESS);
 
     EXPECT_OUTCOME(FreeLibrary(full), 1, ERROR_SUCCESS);
-    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeTold(), "");
     EXPECT_EQ(gHMODULE, 1u);
     EXPECT_OUTCOME(FreeLibrary(full), 1, kLeftByPlugin);
-    EXPECT_EQ(TakeLog(), "DllMain 0 0 in chain\n") << "no detach: its resources were never used";
+    EXPECT_EQ(TakeTold(), "DllMain 0 0\n") << "no detach: its resources were never used";
     EXPECT_EQ(gHMODULE, 0u);
+    EXPECT_FALSE(IsOpen());
     EXPECT_OUTCOME(FreeLibrary(full), 0, ERROR_SUCCESS);
-    EXPECT_EQ(NameOf(full), "");
-}
-
-TEST_F(Modules, StayWhileTheSettingSaysSo)
-{
-    HMODULE full = Load("full");
-    TakeLog();
-    gNoFreeLibrary = 1;
-    for (int i = 0; i < 2; i++)
-        EXPECT_OUTCOME(FreeLibrary(full), 1, ERROR_SUCCESS);
-    EXPECT_EQ(TakeLog(), "");
-    TermModule();
-    EXPECT_EQ(gNoFreeLibrary, 0);
-    EXPECT_EQ(TakeLog(), "DllMain 0 0 in chain\n");
-    EXPECT_EQ(gModChain, nullptr);
+    EXPECT_OUTCOME(GetModuleFileName(full, name, 0), 0u, ERROR_SUCCESS);
+    EXPECT_STREQ(name, "");
 }
 
 TEST_F(Modules, ThatAreMissingOrBrokenLeaveTheLoadersText)
 {
-    const std::pair<std::string, const char *> rows[] = {{Path("broken"), "gNobodyDefinesThis"},
+    WriteWholeFile(Path("broken.so"), "no module");
+    const std::pair<std::string, const char *> rows[] = {{Path("broken"), "too short"},
                                                          {Path("missing"), "cannot open"},
                                                          {std::string(100000, 'n'), "nnnn"}};
-    for (const auto &row : rows) {
+    for (const auto &[name, expected] : rows) {
         char text[4096] = "";
         SetLastErrorString("stale");
-        EXPECT_OUTCOME(LoadLibrary(row.first.c_str()), nullptr, ERROR_GEN_FAILURE);
+        EXPECT_OUTCOME(LoadLibrary(name.c_str()), nullptr, ERROR_GEN_FAILURE);
         GetLastErrorString(text, sizeof text);
-        EXPECT_NE(strstr(text, row.second), nullptr) << text;
+        EXPECT_NE(strstr(text, expected), nullptr) << text;
     }
     for (const char *name : {static_cast<const char *>(nullptr), ""})
         EXPECT_OUTCOME(LoadLibrary(name), nullptr, ERROR_SUCCESS);
     EXPECT_EQ(gHMODULE, 0u);
 }
 
-TEST_F(Modules, MayCallBackFromDllMain)
+TEST_F(Modules, MayCallBackWhenTheyLeave)
 {
     const struct {
-        const char *calls; // loads and releases of itself when it is told to leave
+        const char *calls;
         bool stays;
-    } rows[] = {{"F", false}, {"LF", false}, {"LFF", false}, {"L", true}, {"LLF", true}};
+    } rows[] = {{"F", false},  {"LF", false}, {"LFF", false}, {"L", true},
+                {"LLF", true}, {"X", true},   {"E", true},    {"T", false}};
     for (const auto &[calls, stays] : rows) {
-        setenv("PLUGIN_DOES", calls, 1);
-        HMODULE module = Load("reentrant");
-        ASSERT_NE(module, nullptr);
-        EXPECT_EQ(*static_cast<int *>(GetProcAddress(module, "gReentrantLoads")), 1);
-        EXPECT_EQ(FreeLibrary(module), 1);
-        EXPECT_EQ(MODChain_findByMod(module) != nullptr, stays) << calls;
-        setenv("PLUGIN_DOES", "", 1);
-        EXPECT_EQ(FreeLibrary(module), stays) << "it hears of its next last release";
-        EXPECT_EQ(MODChain_findByMod(module), nullptr) << calls;
+        SCOPED_TRACE(calls);
+        HMODULE module = Load("full");
+        gCalls = calls;
+        std::thread([module] {
+            try {
+                EXPECT_EQ(FreeLibrary(module), 1);
+            } catch (const std::runtime_error &) {
+                EXPECT_STREQ(gCalls, "X");
+            }
+        }).join();
+        auto *mutex = static_cast<pthread_mutex_t *>(gWexelxiCriticalSection);
+        ASSERT_EQ(pthread_mutex_trylock(mutex), 0);
+        pthread_mutex_unlock(mutex);
+        EXPECT_EQ(IsOpen(), stays);
+        gCalls = "";
+        TakeTold();
+        EXPECT_EQ(FreeLibrary(module), stays);
+        EXPECT_EQ(TakeTold(), stays ? "DllMain 0 0\n" : "") << "it hears of its next last release";
     }
-    // Left to the end of the library, where it loads itself again each time that it is told.
-    EXPECT_NE(Load("reentrant"), nullptr);
+}
+
+TEST_F(Modules, StayWhileTheSettingSaysSoAndGoAtTheEnd)
+{
+    const struct {
+        const char *calls;
+        uint32_t loads, timesTold;
+        const char *lastTold;
+    } rows[] = {{"", 0, 1, ""}, {"T", 0, 1, ""}, {"L", 1000, 1001, "31"}, {"L", 1000, 1001, "31"}};
+    for (const auto &row : rows) {
+        HMODULE full = Load("full");
+        Load("full");
+        TakeTold();
+        gCalls = row.calls;
+        gLoads = 0;
+        gNoFreeLibrary = 1;
+        for (int i = 0; i < 3; i++)
+            EXPECT_OUTCOME(FreeLibrary(full), 1, ERROR_SUCCESS);
+        EXPECT_EQ(TakeTold(), "");
+        TermModule();
+        EXPECT_EQ(gNoFreeLibrary, 0);
+        EXPECT_EQ(gLoads, row.loads);
+        std::string told;
+        for (uint32_t i = 0; i < row.timesTold; i++)
+            told += "DllMain 0 0\n";
+        EXPECT_EQ(TakeTold(), told + row.lastTold);
+        EXPECT_EQ(gModChain, nullptr);
+        EXPECT_EQ(gHMODULE, 0u);
+        EXPECT_FALSE(IsOpen());
+    }
 }
 
 TEST_F(Modules, HaveTheHostFirst)
 {
+    char name[4096];
     HMODULE host = WEXELXI_HOST_MODULE;
-    EXPECT_EQ(MODChain_findByMod(host), gModChain);
-    EXPECT_EQ(NameOf(host), "/opt/host/bin/host");
-    EXPECT_EQ(GetModuleHandle("/opt/host/bin/host"), nullptr) << "asked for as host.so";
-    auto *answer = reinterpret_cast<int (*)()>(GetProcAddress(host, "HostAnswer"));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 41);
-    EXPECT_OUTCOME(GetProcAddress(host, "LoadLibrary"), nullptr, ERROR_SUCCESS)
-        << "the library's, not the host's";
-    EXPECT_OUTCOME(GetProcAddress(host, nullptr), nullptr, ERROR_SUCCESS);
-    EXPECT_OUTCOME(GetProcAddress(nullptr, "HostAnswer"), nullptr, ERROR_SUCCESS);
     EXPECT_OUTCOME(FreeLibrary(host), 1, ERROR_SUCCESS);
     EXPECT_EQ(MODChain_findByMod(host), gModChain);
-}
-
-TEST_F(Modules, StartTheTickCount)
-{
-    const auto milliseconds = [] {
-        timeval now;
-        gettimeofday(&now, nullptr);
-        return static_cast<uint32_t>(now.tv_sec * 1000 + now.tv_usec / 1000);
-    };
-    const uint32_t before = milliseconds();
+    GetModuleFileName(host, name, 0);
+    EXPECT_STREQ(name, "/opt/host/bin/host");
+    const struct {
+        HMODULE module;
+        const char *name;
+        void *symbol;
+    } rows[] = {{host, "WXresFunc", reinterpret_cast<void *>(WXresFunc)},
+                {host, "LoadLibrary", nullptr}, // the library's own
+                {host, "NoSuchName", nullptr},
+                {host, nullptr, nullptr},
+                {nullptr, "WXresFunc", nullptr}};
+    for (const auto &row : rows)
+        EXPECT_OUTCOME(GetProcAddress(row.module, row.name), row.symbol, ERROR_SUCCESS);
     EXPECT_LAST_ERROR(InitModule(), ERROR_SUCCESS);
-    EXPECT_LE(gTickStart - before, milliseconds() - before);
+    EXPECT_LT(GetTickCount() + 100, 10000u) << "it starts anew, in steps";
 }
 
 TEST_F(Modules, ChainCountsByHandle)
 {
-    HMODULE module = reinterpret_cast<HMODULE>(0x5000);
-    EXPECT_LAST_ERROR(MODChain_add("bare.so", module), ERROR_SUCCESS);
+    EXPECT_LAST_ERROR(MODChain_add("bare.so", Handle(0)), ERROR_SUCCESS);
     MODChainEntry *entry = nullptr;
-    EXPECT_LAST_ERROR(entry = MODChain_findByMod(module), kUnchanged);
+    EXPECT_LAST_ERROR(entry = MODChain_findByMod(Handle(0)), kUnchanged);
     EXPECT_OUTCOME(MODChain_findByName("bare.dll"), entry, kUnchanged);
-    EXPECT_EQ(GetModuleHandle("/any/where/bare"), module);
-    EXPECT_EQ(LoadLibrary("/any/where/bare"), module);
-    EXPECT_OUTCOME(MODChain_remove(module), FALSE, kUnchanged);
-    EXPECT_OUTCOME(MODChain_remove(module), TRUE, kUnchanged);
-    EXPECT_OUTCOME(MODChain_remove(module), FALSE, kUnchanged);
+    EXPECT_OUTCOME(GetModuleHandle("/any/where/bare"), Handle(0), ERROR_SUCCESS);
+    EXPECT_OUTCOME(LoadLibrary("/any/where/bare"), Handle(0), ERROR_SUCCESS);
+    EXPECT_OUTCOME(MODChain_remove(Handle(0)), FALSE, kUnchanged);
+    EXPECT_OUTCOME(MODChain_remove(Handle(0)), TRUE, kUnchanged);
+    EXPECT_OUTCOME(MODChain_remove(Handle(0)), FALSE, kUnchanged);
 }
 
 // Of many entries the first of the chain is found, by handle and by name, whichever are removed.
 TEST_F(Modules, AreFoundInTheOrderOfTheChain)
 {
-    const auto handle = [](size_t i) { return reinterpret_cast<HMODULE>(0x1000 + 0x10 * i); };
     for (size_t i = 0; i < 300; i++)
-        MODChain_add(("m" + std::to_string(i % 100) + ".so").c_str(), handle(i % 150));
-    for (size_t round = 0; round < 3; round++) {
-        // Entry i has name i mod 100 and handle i mod 150; those of the first 100 go in each round.
-        for (size_t i = 0; i < 100; i++) {
-            const std::string name = "m" + std::to_string(i);
-            ASSERT_EQ(GetModuleHandle(name.c_str()), handle((100 * round + i) % 150)) << name;
-            ASSERT_EQ(NameOf(handle((100 * round + i) % 150)), name + ".so");
-            ASSERT_EQ(MODChain_remove(handle((100 * round + i) % 150)), TRUE);
-        }
+        MODChain_add(("m" + std::to_string(i % 100) + ".so").c_str(), Handle(i % 150));
+    for (size_t i = 0; i < 300; i++) {
+        const std::string name = "m" + std::to_string(i % 100);
+        ASSERT_EQ(GetModuleHandle(name.c_str()), Handle(i % 150)) << name;
+        ASSERT_EQ(MODChain_remove(Handle(i % 150)), TRUE);
     }
     EXPECT_EQ(GetModuleHandle("m7"), nullptr);
     EXPECT_EQ(gModChain, MODChain_findByMod(WEXELXI_HOST_MODULE));
@@ -258,61 +287,38 @@ TEST_F(Modules, AreFoundInTheOrderOfTheChain)
 
 TEST_F(Modules, ServeResources)
 {
-    HMODULE full = Load("full");
-    TakeLog();
     void *const ten = reinterpret_cast<void *>(10);
-    EXPECT_OUTCOME(FindResource(full, "unknown", ten), nullptr, kLeftByResources);
-    EXPECT_EQ(TakeLog(), "9\n0\n") << "attached once, before the first call";
-    ResourceRecord *record = nullptr;
-    EXPECT_LAST_ERROR(record = FindResource(full, "note", ten), ERROR_SUCCESS);
-    ASSERT_NE(record, nullptr);
-    EXPECT_OUTCOME(SizeofResource(nullptr, record), 9u, kLeftByResources);
-    EXPECT_OUTCOME(LoadResource(full, nullptr), nullptr, ERROR_SUCCESS);
-    EXPECT_OUTCOME(LoadResource(nullptr, record), nullptr, ERROR_SUCCESS);
-    EXPECT_EQ(LoadResource(full, record), record);
-    EXPECT_EQ(LoadResource(full, record), record);
-    EXPECT_STREQ(static_cast<char *>(LockResource(record)), "template");
-    EXPECT_EQ(UnlockResource(record), 1);
-    EXPECT_EQ(FreeResource(record), TRUE);
-    EXPECT_EQ(TakeLog(), "0\n5\n1\n1\n3\n4\n2\n");
-
-    char text[16] = "untouched";
-    EXPECT_OUTCOME(LoadString(full, 4000000000u, text, 7), 15, kLeftByResources);
-    EXPECT_STREQ(text, "text 4");
+    void *const data = reinterpret_cast<void *>(0x500000000 + WXRES_LOCK);
+    HMODULE full = Load("full");
+    for (HMODULE module : {WEXELXI_HOST_MODULE, full}) {
+        TakeTold();
+        EXPECT_OUTCOME(FindResource(module, reinterpret_cast<void *>(5), ten), nullptr,
+                       kLeftByResources);
+        ResourceRecord *record = nullptr;
+        EXPECT_LAST_ERROR(record = FindResource(module, nullptr, ten), ERROR_SUCCESS);
+        EXPECT_OUTCOME(SizeofResource(nullptr, record), WXRES_SIZE, kLeftByResources);
+        EXPECT_OUTCOME(LoadResource(module, nullptr), nullptr, ERROR_SUCCESS);
+        EXPECT_OUTCOME(LoadResource(nullptr, record), nullptr, ERROR_SUCCESS);
+        EXPECT_OUTCOME(LoadResource(module, record), record, kLeftByResources);
+        EXPECT_OUTCOME(LockResource(record), data, kLeftByResources);
+        EXPECT_OUTCOME(UnlockResource(record), 1, kLeftByResources);
+        EXPECT_OUTCOME(FreeResource(record), TRUE, kLeftByResources);
+        FreeResource(FindResource(module, nullptr, ten)); // never loaded
+        char text[16];
+        EXPECT_OUTCOME(LoadString(module, 4000000000u, text, 7), 6, kLeftByResources);
+        EXPECT_STREQ(text, "a text");
+        EXPECT_EQ(TakeTold(), std::string(module == full ? "9 1 0 0 " : "") +
+                                  "0 5 10 0 0 0 10 0 5 0 21474836480 0 1 21474836480 0 0 "
+                                  "3 0 21474836481 0 4 0 21474836481 0 2 0 21474836481 0 "
+                                  "0 0 10 0 2 0 0 0 6 4000000000 0 7 ");
+    }
+    FreeLibrary(full);
+    EXPECT_EQ(TakeTold(), "10 0 0 0 DllMain 0 0\n");
+    EXPECT_OUTCOME(MODChain_getResFunc(gModChain), &PluginResources, kUnchanged);
     EXPECT_OUTCOME(LockResource(nullptr), nullptr, ERROR_SUCCESS);
     EXPECT_OUTCOME(UnlockResource(nullptr), 0, ERROR_SUCCESS);
     EXPECT_OUTCOME(FreeResource(nullptr), FALSE, ERROR_SUCCESS);
-    EXPECT_OUTCOME(SizeofResource(full, nullptr), 0u, ERROR_SUCCESS);
-    TakeLog();
-    FreeLibrary(full);
-    EXPECT_EQ(TakeLog(), "10\nDllMain 0 0 in chain\n");
-}
-
-TEST_F(Modules, ReachTheHostsFunctionUnattached)
-{
-    char text[16];
-    EXPECT_OUTCOME(LoadString(WEXELXI_HOST_MODULE, 3, text, sizeof text), 4, ERROR_SUCCESS);
-    EXPECT_STREQ(text, "host");
-    ResourceRecord *record = FindResource(WEXELXI_HOST_MODULE, reinterpret_cast<void *>(8), "t");
-    EXPECT_EQ(FreeResource(record), TRUE) << "also when it was never loaded";
-    EXPECT_EQ(gHostLog, "6:3 0:8 2:0 ");
-    MODChainEntry *host = MODChain_findByMod(WEXELXI_HOST_MODULE);
-    EXPECT_OUTCOME(MODChain_getResFunc(host), &HostResources, kUnchanged);
-}
-
-TEST(Resources, MayEndByTheHostsExceptionOrItsThreads)
-{
-    StartedLibrary library{[](uint32_t, intptr_t id, intptr_t, intptr_t) -> intptr_t {
-        if (id == 1)
-            throw std::runtime_error("the host's own");
-        pthread_exit(nullptr);
-    }};
-    EXPECT_THROW(LoadString(WEXELXI_HOST_MODULE, 1, nullptr, 0), std::runtime_error);
-    EXPECT_EQ(TlsGetValue(gCriticalSectionTLS), nullptr);
-    std::thread([] { LoadString(WEXELXI_HOST_MODULE, 2, nullptr, 0); }).join();
-    auto *mutex = static_cast<pthread_mutex_t *>(gWexelxiCriticalSection);
-    ASSERT_EQ(pthread_mutex_trylock(mutex), 0);
-    pthread_mutex_unlock(mutex);
+    EXPECT_OUTCOME(SizeofResource(WEXELXI_HOST_MODULE, nullptr), 0u, ERROR_SUCCESS);
 }
 
 TEST(Resources, AreNoneWithoutAFunction)
@@ -320,12 +326,14 @@ TEST(Resources, AreNoneWithoutAFunction)
     StartedLibrary library;
     HMODULE bare = LoadLibrary(PLUGIN_FOLDER "/bare");
     EXPECT_OUTCOME(MODChain_getResFunc(MODChain_findByMod(bare)), nullptr, ERROR_SUCCESS);
-    for (HMODULE module : {bare, WEXELXI_HOST_MODULE, HMODULE{}}) {
+    MODChain_add("none", nullptr);
+    for (HMODULE module : {bare, WEXELXI_HOST_MODULE, HMODULE{}, Handle(7)}) {
         char text[16] = "untouched";
         EXPECT_OUTCOME(FindResource(module, "note", "type"), nullptr, ERROR_SUCCESS);
         EXPECT_OUTCOME(LoadString(module, 1, text, 16), 0, ERROR_SUCCESS);
         EXPECT_STREQ(text, "untouched");
     }
+    MODChain_remove(nullptr);
 }
 
 } // namespace

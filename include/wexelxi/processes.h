@@ -94,7 +94,7 @@ WEXELXI_API HANDLE RegisterEventSource(const char *server, const char *source);
  *  arguments but the count and the strings are not looked at.
  *  @param count    number of strings; 0 sends an empty message.
  *  @param strings  the strings; a null among them counts as empty.
- *  @return always TRUE. Last error: unchanged. Lock: no. */
+ *  @return always TRUE. Last error: unchanged; 8 if there is no memory. Lock: no. */
 WEXELXI_API BOOL ReportEvent(HANDLE log, uint16_t type, uint16_t category, uint32_t eventId,
                              void *userId, uint16_t count, uint32_t dataSize,
                              const char *const *strings, void *data);
