@@ -28,13 +28,11 @@ bool HasAttributes(int descriptor)
 {
     char names[1024];
     const ssize_t size = flistxattr(descriptor, names, sizeof names);
-    if (size < 0)
-        return errno != ENOTSUP;
     for (const char *name = names; name < names + size; name += strlen(name) + 1) {
         if (strncmp(name, "user.", 5) == 0 || strncmp(name, "system.", 7) == 0)
             return true;
     }
-    return false;
+    return size < 0 && errno != ENOTSUP;
 }
 
 } // namespace
@@ -81,14 +79,8 @@ FileBeside::Outcome FileBeside::Make(const char *target, mode_t mode)
 bool FileBeside::Resemble(int descriptor, const struct stat &status)
 {
     const int own = descriptor_.get();
-    struct stat now;
-    if (fstat(own, &now) != 0 || now.st_uid != status.st_uid)
-        return false;
-    if (now.st_gid != status.st_gid && fchown(own, static_cast<uid_t>(-1), status.st_gid) != 0)
-        return false;
-    if (now.st_mode != status.st_mode && fchmod(own, status.st_mode & 07777) != 0)
-        return false;
-    return !HasAttributes(descriptor) && !HasAttributes(own);
+    return status.st_uid == geteuid() && fchown(own, static_cast<uid_t>(-1), status.st_gid) == 0 &&
+           fchmod(own, status.st_mode) == 0 && !HasAttributes(descriptor) && !HasAttributes(own);
 }
 
 bool FileBeside::Become(const char *target, std::string_view text)

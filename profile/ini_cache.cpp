@@ -2,12 +2,12 @@
 // the only state: the lock guards it, and TermIni ends it.
 #include "profile/ini_cache.h"
 
-#include <cstring>
-#include <new>
+#include <string>
 
 #include "comm/port_text.h"
 #include "core/last_error.h"
 #include "core/lock.h"
+#include "core/no_memory.h"
 #include "files/handle.h"
 #include "profile/ini_text.h"
 #include "wexelxi/files.h"
@@ -16,7 +16,7 @@ namespace wexelxi {
 namespace {
 
 struct IniCache {
-    MallocBlock<char> path;
+    std::string path;
     IniText text;
 };
 IniCache *gIniCache = nullptr;
@@ -24,18 +24,14 @@ IniCache *gIniCache = nullptr;
 void KeepInCache(const char *path, FileText file)
 {
     DropIniCache();
-    MallocBlock<char> copy(strdup(path));
-    gIniCache =
-        copy ? new (std::nothrow) IniCache{std::move(copy), IniText(std::move(file))} : nullptr;
-    if (!gIniCache)
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    OrNoMemory([&] { gIniCache = new IniCache{path, IniText(std::move(file))}; });
 }
 
 // The text that the cache then holds; null if there is none.
 IniText *CachedText(const char *path)
 {
     AssertLockHeld();
-    if (!gIniCache || strcmp(gIniCache->path.get(), path) != 0) {
+    if (!gIniCache || gIniCache->path != path) {
         FileText file = ReadIniText(path);
         if (!file.bytes)
             return nullptr;
@@ -53,15 +49,18 @@ bool MayBePort(const char *path)
 // What CreateFile gives for a port's name, which it upper-cases in place.
 OwnedHandle OpenPort(const char *path, uint32_t access, uint32_t disposition)
 {
-    const MallocBlock<char> name(strdup(path));
-    return name ? OpenOwned(name.get(), access, disposition)
-                : FailWith(ERROR_NOT_ENOUGH_MEMORY, OwnedHandle());
+    return OrNoMemory(OwnedHandle(),
+                      [&] { return OpenOwned(std::string(path).data(), access, disposition); });
+}
+
+int DescriptorOf(const OwnedHandle &port)
+{
+    return fileno(HandleToStream(port.get()));
 }
 
 // The file behind a port, if that is what an entry of section "Ports" names.
-bool ReadBehindPort(HANDLE port, FileText &text, bool &isFile)
+bool ReadBehindPort(int descriptor, FileText &text, bool &isFile)
 {
-    const int descriptor = fileno(HandleToStream(port));
     struct stat status;
     if (fstat(descriptor, &status) != 0)
         return false;
@@ -74,7 +73,7 @@ FileText ReadPort(const char *path)
     FileText text;
     bool isFile;
     if (const OwnedHandle port = OpenPort(path, GENERIC_READ, OPEN_EXISTING))
-        (void)ReadBehindPort(port.get(), text, isFile);
+        (void)ReadBehindPort(DescriptorOf(port), text, isFile);
     return text;
 }
 
@@ -95,7 +94,8 @@ BOOL WritePort(const char *path, std::string_view section, std::string_view key,
         return FALSE;
     FileText old;
     bool isFile;
-    const bool isRead = ReadBehindPort(port.get(), old, isFile);
+    const int descriptor = DescriptorOf(port);
+    const bool isRead = ReadBehindPort(descriptor, old, isFile);
     const FileText text = Rewritten(old.View(), PlanIniRewrite(old.View(), section, key, value));
     if (!isRead || !text.bytes) {
         port.reset();
@@ -104,7 +104,6 @@ BOOL WritePort(const char *path, std::string_view section, std::string_view key,
     if (!isFile)
         return WriteFile(port.get(), text.bytes.get(), static_cast<uint32_t>(text.size), nullptr,
                          nullptr);
-    const int descriptor = fileno(HandleToStream(port.get()));
     const bool isWritten = ChangeInPlace(descriptor, old.View(), text.View());
     port.reset();
     if (!isWritten)

@@ -3,7 +3,6 @@
 // memory, is searched for in the text.
 #include "profile/ini_index.h"
 
-#include <cstring>
 #include <functional>
 #include <new>
 
@@ -21,14 +20,12 @@ uint32_t HashOf(std::string_view key)
     return static_cast<uint32_t>(std::hash<std::string_view>()(key));
 }
 
-} // namespace
-
 // The slot of a key, or the empty one where it would stand; null at the end of the way.
-IniIndex::Key *IniIndex::Section::SlotOf(std::string_view text, std::string_view key,
-                                         uint32_t hash) const
+IniIndex::Key *SlotOf(std::vector<IniIndex::Key> &slots, std::string_view text,
+                      std::string_view key, uint32_t hash)
 {
     for (uint32_t step = 0; step < kMaxSteps; step++) {
-        Key &slot = slots.get()[(hash + step) & (slotCount - 1)];
+        IniIndex::Key &slot = slots[(hash + step) & (slots.size() - 1)];
         if (slot.value == 0 ||
             (slot.hash == hash && text.substr(slot.value - 1 - slot.length, slot.length) == key))
             return &slot;
@@ -36,72 +33,56 @@ IniIndex::Key *IniIndex::Section::SlotOf(std::string_view text, std::string_view
     return nullptr;
 }
 
-// Enters all keys, of one name the first; starts over with more slots when half are taken.
-bool IniIndex::Section::AddAll(std::string_view text, std::string_view section, size_t mostKeys)
+} // namespace
+
+// All keys, of one name the first; starts over with more slots when half are taken.
+std::vector<IniIndex::Key> IniIndex::TakeIn(std::string_view text, std::string_view section)
 {
-    slotCount = slotCount ? slotCount * 4 : kFirstSlots;
-    slots.reset(static_cast<Key *>(calloc(slotCount, sizeof(Key))));
-    keyCount = 0;
-    for (IniKeyWalk walk(text, section); slots && walk.Next();) {
+    std::vector<Key> slots(kFirstSlots);
+    size_t count = 0;
+    for (IniKeyWalk walk(text, section); walk.Next();) {
         const std::string_view key = walk.Key();
         const uint32_t hash = HashOf(key);
-        Key *slot = SlotOf(text, key, hash);
-        if (!slot || keyCount == mostKeys)
-            return false;
+        Key *slot = SlotOf(slots, text, key, hash);
+        if (!slot || keyCount_ + count == text.size() / 2)
+            return {};
         if (slot->value != 0)
             continue;
         *slot = {hash, static_cast<uint32_t>(key.size()), static_cast<uint32_t>(walk.Value())};
-        if (++keyCount * 2 > slotCount)
-            return AddAll(text, section, mostKeys);
+        if (++count * 2 > slots.size()) {
+            slots.assign(slots.size() * 4, {});
+            count = 0;
+            walk = IniKeyWalk(text, section);
+        }
     }
-    return slots != nullptr;
-}
-
-// A new entry in front of the others, if there is memory for it.
-bool IniIndex::Enter(std::string_view text, std::string_view name)
-{
-    std::unique_ptr<Section> section(new (std::nothrow) Section);
-    if (!section)
-        return false;
-    section->name.reset(static_cast<char *>(malloc(name.size() + 1)));
-    if (!section->name)
-        return false;
-    section->nameLength = name.copy(section->name.get(), name.size());
-    if (!section->AddAll(text, name, text.size() / 2 - keyCount_))
-        section->slots.reset();
-    else
-        keyCount_ += section->keyCount;
-    section->next = std::move(sections_);
-    sections_ = std::move(section);
-    sectionCount_++;
-    return true;
+    keyCount_ += count;
+    return slots;
 }
 
 IniIndex::Section *IniIndex::SectionOf(std::string_view text, std::string_view name)
 {
-    for (std::unique_ptr<Section> *link = &sections_; *link; link = &(*link)->next) {
-        if (std::string_view((*link)->name.get(), (*link)->nameLength) != name)
-            continue;
-        std::unique_ptr<Section> found = std::move(*link);
-        *link = std::move(found->next);
-        found->next = std::move(sections_);
-        sections_ = std::move(found);
-        return sections_.get();
+    for (Section &section : sections_) {
+        if (section.name == name)
+            return &section;
     }
-    if (sectionCount_ == kMaxSections || !Enter(text, name))
+    if (sections_.size() == kMaxSections)
         return nullptr;
-    return sections_.get();
+    return &sections_.emplace_back(Section{std::string(name), TakeIn(text, name)});
 }
 
 bool IniIndex::Find(std::string_view text, std::string_view section, std::string_view key,
                     size_t &value)
 {
-    const Section *known = SectionOf(text, section);
-    if (!known || !known->slots)
+    try {
+        Section *known = SectionOf(text, section);
+        if (!known || known->slots.empty())
+            return false;
+        const Key *slot = SlotOf(known->slots, text, key, HashOf(key));
+        value = slot && slot->value ? slot->value : kNoPlace;
+        return true;
+    } catch (const std::bad_alloc &) {
         return false;
-    const Key *slot = known->SlotOf(text, key, HashOf(key));
-    value = slot && slot->value ? slot->value : kNoPlace;
-    return true;
+    }
 }
 
 } // namespace wexelxi

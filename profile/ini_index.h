@@ -4,10 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <string>
 #include <string_view>
-
-#include "core/owners.h"
+#include <vector>
 
 namespace wexelxi {
 
@@ -18,32 +17,24 @@ public:
     // same one in every call.
     bool Find(std::string_view text, std::string_view section, std::string_view key, size_t &value);
 
-private:
     struct Key {
         uint32_t hash;
         uint32_t length;
         uint32_t value; // 0: an empty slot
     };
 
+private:
     // The keys of a section in a table of open slots, 2^n of them; without slots the section is one
     // that the index leaves alone.
     struct Section {
-        std::unique_ptr<Section> next;
-        MallocBlock<char> name;
-        size_t nameLength = 0;
-        MallocBlock<Key> slots;
-        size_t slotCount = 0;
-        size_t keyCount = 0;
-
-        Key *SlotOf(std::string_view text, std::string_view key, uint32_t hash) const;
-        bool AddAll(std::string_view text, std::string_view section, size_t mostKeys);
+        std::string name;
+        std::vector<Key> slots;
     };
 
     Section *SectionOf(std::string_view text, std::string_view name);
-    bool Enter(std::string_view text, std::string_view name);
+    std::vector<Key> TakeIn(std::string_view text, std::string_view section);
 
-    std::unique_ptr<Section> sections_; // the one that was asked for last comes first
-    size_t sectionCount_ = 0;
+    std::vector<Section> sections_;
     size_t keyCount_ = 0;
 };
 

@@ -2,7 +2,6 @@
 // times however the text is made.
 #include "profile/ini_text.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace wexelxi {
@@ -42,10 +41,8 @@ bool EndsSection(std::string_view text, size_t line)
 
 size_t LineEnds::EndOfLine(size_t from)
 {
-    if (!lfIsKnown_ || lf_ < from) {
-        lf_ = std::min(text_.find('\n', from), text_.size());
-        lfIsKnown_ = true;
-    }
+    if (lf_ < from)
+        lf_ = LfBehind(from);
     const size_t cr = text_.substr(0, lf_).find('\r', from);
     return std::min(cr, lf_);
 }
@@ -116,7 +113,8 @@ IniKeySearch SearchIniKey(std::string_view text, std::string_view section, std::
 
 std::string_view IniValueAt(std::string_view text, size_t from)
 {
-    return text.substr(from, LineEnds(text).EndOfLine(from) - from);
+    text.remove_prefix(from);
+    return text.substr(0, LineEnds(text).EndOfLine(0));
 }
 
 uint32_t CopyIniSection(std::string_view text, std::string_view section, char *destination,
@@ -149,7 +147,7 @@ IniRewrite PlanIniRewrite(std::string_view file, std::string_view section, std::
     const size_t place = std::min(found.position, text.size());
     IniRewrite plan{place, {}, place};
     if (found.value != kNoPlace)
-        plan.resume = LineEnds(text).NextLine(place);
+        plan.resume = place + LineEnds(text.substr(place)).NextLine(0);
     else if (found.position == kNoPlace)
         plan.text = {file.empty() ? "" : kLineEnd, "[", section, "]", kLineEnd};
     else if (place == text.size() && !IsLineEnd(text.back()))

@@ -2,6 +2,7 @@
 // values out; texts are views that end where the parser's text ends.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +16,7 @@ constexpr size_t kNoPlace = std::string_view::npos;
 // text whose lines end in a bare CR is searched for an LF only once.
 class LineEnds {
 public:
-    explicit LineEnds(std::string_view text) : text_(text) {}
+    explicit LineEnds(std::string_view text) : text_(text), lf_(LfBehind(0)) {}
 
     // The first CR or LF at or behind `from`, or the end of the text.
     size_t EndOfLine(size_t from);
@@ -25,9 +26,10 @@ public:
     size_t NextLine(size_t from);
 
 private:
+    size_t LfBehind(size_t from) const { return std::min(text_.find('\n', from), text_.size()); }
+
     std::string_view text_;
-    size_t lf_ = 0;
-    bool lfIsKnown_ = false;
+    size_t lf_;
 };
 
 // The walk over the key lines of all sections of a name, as the search for a key meets them.

@@ -67,7 +67,6 @@ void gLoadPref(void)
     do
         LoadPreferences(draft);
     while (!draft.Save());
-    GetSystemColors(WinsysColArr);
 }
 
 void gFreePref(void)

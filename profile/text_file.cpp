@@ -12,8 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int kOpenFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-// The largest text that a guarded block would hold with its NUL.
-constexpr off_t kMaxFileBytes = INT32_MAX - 64;
 constexpr mode_t kNewFileMode = 0666; // what fopen gives, less the umask
 constexpr auto kPatience = 200ms;
 constexpr auto kPause = 100us;
@@ -26,23 +24,16 @@ bool MayBeOpened(const struct stat &status)
 
 bool PutAt(int descriptor, std::string_view bytes, size_t place)
 {
-    ssize_t put;
-    do
-        put = pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(place));
-    while (put < 0 && errno == EINTR);
+    const ssize_t put = pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(place));
     return put == static_cast<ssize_t>(bytes.size());
 }
 
-// Room on the disk behind the end of a file, whose size stays. Where the file system cannot tell,
-// the write does.
-bool Reserve(int descriptor, size_t size, size_t more)
+// Room on the disk for a file to grow, whose size stays. Where the file system cannot tell, the
+// write does.
+bool Reserve(int descriptor, size_t size)
 {
-    const auto from = static_cast<off_t>(size);
-    while (fallocate(descriptor, FALLOC_FL_KEEP_SIZE, from, static_cast<off_t>(more)) != 0) {
-        if (errno != EINTR)
-            return errno == EOPNOTSUPP;
-    }
-    return true;
+    return fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)) == 0 ||
+           errno == EOPNOTSUPP || errno == EINTR;
 }
 
 bool PutNewEnd(int descriptor, size_t keep, std::string_view newEnd, size_t size)
@@ -63,7 +54,7 @@ FileText FileText::OfSize(size_t size)
 
 bool ReadFileText(int descriptor, off_t size, FileText &text)
 {
-    if (size > kMaxFileBytes) {
+    if (size >= INT32_MAX) {
         errno = EFBIG;
         return false;
     }
@@ -101,8 +92,7 @@ bool ChangeInPlace(int descriptor, std::string_view old, std::string_view text)
     const auto [oldEnd, textEnd] = std::mismatch(old.begin(), old.end(), text.begin(), text.end());
     const auto keep = static_cast<size_t>(textEnd - text.begin());
     const FileText newEnd = FileText::OfSize(std::max(old.size(), text.size()) - keep);
-    if (!newEnd.bytes ||
-        (text.size() > old.size() && !Reserve(descriptor, old.size(), text.size() - old.size())))
+    if (!newEnd.bytes || (text.size() > old.size() && !Reserve(descriptor, text.size())))
         return false;
     std::copy(textEnd, text.end(), newEnd.bytes.get());
     if (PutNewEnd(descriptor, keep, newEnd.View(), text.size()))

@@ -324,7 +324,8 @@ TEST_F(Modules, ServeResources)
 TEST(Resources, AreNoneWithoutAFunction)
 {
     StartedLibrary library;
-    HMODULE bare = LoadLibrary(PLUGIN_FOLDER "/bare");
+    HMODULE bare = nullptr;
+    EXPECT_LAST_ERROR(bare = LoadLibrary(PLUGIN_FOLDER "/bare"), ERROR_SUCCESS);
     EXPECT_OUTCOME(MODChain_getResFunc(MODChain_findByMod(bare)), nullptr, ERROR_SUCCESS);
     MODChain_add("none", nullptr);
     for (HMODULE module : {bare, WEXELXI_HOST_MODULE, HMODULE{}, Handle(7)}) {
