@@ -100,12 +100,12 @@ HMODULE LoadLibrary(const char *name)
         return FailWith<HMODULE>(ERROR_GEN_FAILURE, nullptr);
     std::string file;
     MODChainEntry *entry = nullptr;
-    const bool isSought = OrNoMemory(false, [&] {
-        file = ModuleFileName(name);
-        entry = FindModule(ModulePath(file));
-        return true;
+    OrNoMemory([&] {
+        std::string normal = ModuleFileName(name);
+        entry = FindModule(ModulePath(normal));
+        file = std::move(normal);
     });
-    if (!isSought)
+    if (file.empty())
         return nullptr;
     if (!entry)
         return OpenModule(file);

@@ -61,6 +61,7 @@ TEST_F(Preferences, FirstStartWritesTheFileAndTheSecondNothing)
 TEST_F(Preferences, LoadsAndCorrects)
 {
     const std::string text(300, 't');
+    SetWinString(4, "Halt"); // wins over the file's
     Start(
         "[Setup]\nVersion=7\nBellLevel=12x\nColor1=5\nColor2=text\nColor63=4294967297\n"
         "NoFreeLib=2\nTimerRate=1001\nFileCaseMode=257\nUseOverride=1\nXPrinterMargin=none\n"
@@ -79,15 +80,31 @@ TEST_F(Preferences, LoadsAndCorrects)
                                                   {gPrinterYMargin, 12345678}};
     for (const auto &[loaded, expected] : values)
         EXPECT_EQ(loaded, expected);
-    EXPECT_EQ(Value("Setup", "NoFreeLib"), "0");
-    EXPECT_EQ(Value("Setup", "TimerRate"), "50");
-    EXPECT_EQ(Value("Setup", "Color3"), "-");
-    EXPECT_EQ(Value("Deutsch", "2"), "No");
-    EXPECT_EQ(Value("Deutsch", "135"), "Restore defaults");
-    EXPECT_EQ(Value("English", "1"), "-");
-    EXPECT_STREQ(GetWinString(0), "Ja");
-    EXPECT_STREQ(GetWinString(1), "No");
-    EXPECT_EQ(GetWinString(2), text.substr(0, 254));
+    const struct {
+        const char *section, *key, *inFile;
+    } rows[] = {{"Setup", "NoFreeLib", "0"}, {"Setup", "TimerRate", "50"},
+                {"Setup", "Color3", "-"},    {"Deutsch", "2", "No"},
+                {"Deutsch", "5", "Abort"},   {"Deutsch", "135", "Restore defaults"},
+                {"English", "1", "-"}};
+    for (const auto &row : rows)
+        EXPECT_EQ(Value(row.section, row.key), row.inFile) << row.section << row.key;
+    const std::string inForce[] = {"Ja", "No", text.substr(0, 254), "Cancel", "Halt", "Retry"};
+    for (uint32_t i = 0; i < std::size(inForce); i++)
+        EXPECT_EQ(GetWinString(i), inForce[i]);
+    FreeLib();
+}
+
+TEST_F(Preferences, TextsCanBeReplaced)
+{
+    Start("");
+    EXPECT_LAST_ERROR(SetWinString(0, "Aye"), ERROR_SUCCESS);
+    EXPECT_LAST_ERROR(SetWinString(134, GetWinString(134)), ERROR_SUCCESS);
+    EXPECT_LAST_ERROR(SetWinString(-1, "x"), kUnchanged);
+    EXPECT_LAST_ERROR(SetWinString(135, "x"), kUnchanged);
+    EXPECT_LAST_ERROR(SetWinString(5, nullptr), kUnchanged);
+    EXPECT_STREQ(GetWinString(0), "Aye");
+    EXPECT_STREQ(GetWinString(134), "Restore defaults");
+    EXPECT_STREQ(GetWinString(5), "Retry");
     FreeLib();
 }
 
@@ -136,31 +153,10 @@ TEST_F(Preferences, LastErrorsAndTheCacheAreThoseOfTheLastStep)
     WriteWholeFile(path, "");
     EXPECT_EQ(Value("Setup", "Version"), "4") << "written, then read";
     SetWexelXiFolder(folder.file("none").c_str());
+    gFreePref();
     EXPECT_LAST_ERROR(gLoadPref(), ERROR_FILE_NOT_FOUND);
-    FreeLib();
-}
-
-TEST_F(Preferences, FolderThatIsMissingLeavesTheBuiltInValues)
-{
-    setenv("WEXELXIDIR", folder.file("none").c_str(), 1);
-    ASSERT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 0);
     EXPECT_STREQ(GetWinString(134), "Restore defaults");
-    FreeLib();
     EXPECT_FALSE(FileExists(folder.file("none")));
-}
-
-TEST_F(Preferences, TextSetEarlyWins)
-{
-    SetWinString(4, "Halt");
-    SetWinString(-1, "x");
-    SetWinString(135, "x");
-    SetWinString(5, nullptr);
-    ASSERT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 0);
-    EXPECT_STREQ(GetWinString(4), "Halt");
-    EXPECT_STREQ(GetWinString(5), "Retry");
-    SetWinString(5, GetWinString(5));
-    EXPECT_STREQ(GetWinString(5), "Retry");
-    EXPECT_EQ(Value("English", "5"), "Abort");
     FreeLib();
 }
 

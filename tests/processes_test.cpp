@@ -26,14 +26,19 @@ namespace {
 constexpr uint32_t kBoth = WINEXEC_WAIT | WINEXEC_CAPTURE;
 constexpr uint32_t kNoStatus = 0xFFFFFFFF;
 
+struct Outcome {
+    std::string command;
+    uint32_t flags = kBoth, result = 32, error = ERROR_SUCCESS;
+};
+
 // What a command writes, "(null)" where no block comes back.
-std::string Capture(const std::string &command, uint32_t result = 32,
-                    uint32_t error = ERROR_SUCCESS)
+std::string OutputOf(const Outcome &row)
 {
     char *output = const_cast<char *>("untouched");
-    EXPECT_OUTCOME(WinExecEx(command.c_str(), 0, kBoth, &output), result, error) << command;
-    if (!output)
-        return "(null)";
+    EXPECT_OUTCOME(WinExecEx(row.command.c_str(), 5, row.flags, &output), row.result, row.error)
+        << row.command;
+    if (!output || row.flags != kBoth)
+        return output ? output : "(null)";
     const std::string text(output, GlobalSize(output) - 1);
     EXPECT_EQ(output[text.size()], '\0');
     GlobalFree(output);
@@ -45,82 +50,50 @@ size_t FilesIn(const std::string &folder)
     return static_cast<size_t>(std::distance(fs::directory_iterator(folder), {}));
 }
 
-TEST(Commands, GiveTheStatusThatTheShellEndsWith)
-{
-    StartedLibrary library;
-    const std::string longest = "exit 3 #" + std::string(131063, 'c'); // as an argument can be
-    const struct {
-        std::string command;
-        uint32_t flags, result, error;
-    } rows[] = {
-        {"true", WINEXEC_WAIT, 32, ERROR_SUCCESS},
-        {"", WINEXEC_WAIT, 32, ERROR_SUCCESS},
-        {"exit 3", WINEXEC_WAIT, 768, ERROR_SUCCESS},
-        {"exit 127", WINEXEC_WAIT, 2, ERROR_SUCCESS},
-        {"/no/such/command 2>&-", WINEXEC_WAIT, 2, ERROR_SUCCESS},
-        {"kill -9 $$", WINEXEC_WAIT, SIGKILL, ERROR_SUCCESS},
-        {"kill -TERM $$", kBoth, SIGTERM, ERROR_FILE_NOT_FOUND}, // from the search for a name
-        {longest, WINEXEC_WAIT, 768, ERROR_SUCCESS},
-        {longest + "c", WINEXEC_WAIT, 2, ERROR_SUCCESS},
-        {"exit 3", 0, 32, ERROR_SUCCESS},
-        {"/no/such/command 2>&-", 0, 32, ERROR_SUCCESS},
-    };
-    for (const auto &row : rows) {
-        EXPECT_OUTCOME(WinExecEx(row.command.c_str(), 5, row.flags, nullptr), row.result, row.error)
-            << row.command;
-    }
-    EXPECT_OUTCOME(WinExec("exit 3", 0), 32u, ERROR_SUCCESS);
-    EXPECT_EQ(wexelxi::ResultOfCommand(0x7F), 11u);
-    char *output = const_cast<char *>("untouched");
-    EXPECT_EQ(WinExecEx("true", 0, WINEXEC_CAPTURE, &output), 32u);
-    EXPECT_STREQ(output, "untouched");
-}
-
-TEST(Commands, AreCaughtWholeAndLeaveNoFile)
-{
-    StartedLibrary library;
-    const size_t files = FilesIn(library.folder.path());
-    const struct {
-        const char *command;
-        std::string output;
-        uint32_t result, error;
-    } rows[] = {
-        {"echo text", "text\n", 32, ERROR_SUCCESS},
-        {"true", "(null)", 32, ERROR_SUCCESS},
-        {"echo lost; exit 3", "(null)", 768, ERROR_SUCCESS}, // the file is the last command's
-        {"printf 'a\\0b'", std::string("a\0b", 3), 32, ERROR_SUCCESS},
-        {"head -c 5000000 /dev/zero | tr '\\0' x", std::string(5000000, 'x'), 32, ERROR_SUCCESS},
-        {"truncate -s 2G /dev/stdout", "(null)", 32, ERROR_NOT_ENOUGH_MEMORY},
-        {"{ rm $WEXELXIDIR/wexec*; }", "(null)", 32, ERROR_FILE_NOT_FOUND},
-        {"for f in $WEXELXIDIR/wexec*; do rm $f; mkfifo $f; done", "(null)", 32, ERROR_SUCCESS},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(Capture(row.command, row.result, row.error), row.output) << row.command;
-    EXPECT_EQ(FilesIn(library.folder.path()), files);
-    EXPECT_EQ(WinExecEx("echo stays", 0, kBoth, nullptr), 32u);
-    EXPECT_EQ(FilesIn(library.folder.path()), files + 1);
-    SetWexelXiFolder("/no/such/folder");
-    EXPECT_EQ(Capture("exec 2>&-; true", 512, ERROR_FILE_NOT_FOUND), "(null)");
-}
-
-// Links stand at the names that the next captures would have, some to a file and some to nothing,
-// and one comes to stand at the name of a capture.
-TEST(Commands, AreNotCaughtThroughALink)
+TEST(Commands, GiveTheirStatusAndWhatTheyWrite)
 {
     StartedLibrary library;
     const std::string kept = library.folder.file("kept");
     WriteWholeFile(kept, "kept");
-    EXPECT_EQ(
-        Capture("for f in $WEXELXIDIR/wexec*; do ln -sf kept $f; done", 32, ERROR_GEN_FAILURE),
-        "(null)");
-    const uint32_t first = GetTickCount();
-    for (uint32_t i = 0; i < 3000; i++) {
-        char name[20];
-        snprintf(name, sizeof name, "wexec%04x.tmp", (first + i) & 0xFFFF);
-        (void)!symlink(i % 2 ? "kept" : "none", library.folder.file(name).c_str());
-    }
-    EXPECT_EQ(Capture("echo text"), "text\n");
+    const size_t files = FilesIn(library.folder.path());
+    const std::string none = "(null)", longest = "exit 3 #" + std::string(131063, 'c');
+    const std::string many(5000000, 'x'), atFiles = "for f in $WEXELXIDIR/wexec*; do ";
+    const struct {
+        Outcome outcome;
+        std::string output;
+    } rows[] = {
+        {{"true", WINEXEC_WAIT}, "untouched"},
+        {{"", WINEXEC_WAIT}, "untouched"},
+        {{"exit 3", WINEXEC_WAIT, 768}, "untouched"},
+        {{"exit 127", WINEXEC_WAIT, 2}, "untouched"},
+        {{"/no/such/command 2>&-", WINEXEC_WAIT, 2}, "untouched"},
+        {{"kill -9 $$", WINEXEC_WAIT, SIGKILL}, "untouched"},
+        {{longest, WINEXEC_WAIT, 768}, "untouched"}, // as long as an argument can be
+        {{longest + "c", WINEXEC_WAIT, 2}, "untouched"},
+        {{"exit 3", 0}, "untouched"},
+        {{"/no/such/command 2>&-", 0}, "untouched"},
+        {{"true", WINEXEC_CAPTURE}, "untouched"},
+        {{"echo text"}, "text\n"},
+        {{"true"}, none},
+        {{"echo lost; exit 3", kBoth, 768}, none}, // the file is the last command's
+        {{"printf 'a\\0b'"}, std::string("a\0b", 3)},
+        {{"head -c 5000000 /dev/zero | tr '\\0' x"}, many},
+        {{"truncate -s 2G /dev/stdout", kBoth, 32, ERROR_NOT_ENOUGH_MEMORY}, none},
+        {{atFiles + "rm $f; done", kBoth, 32, ERROR_FILE_NOT_FOUND}, none},
+        {{atFiles + "rm $f; mkfifo $f; done"}, none},
+    };
+    for (const auto &[outcome, output] : rows)
+        EXPECT_EQ(OutputOf(outcome), output) << outcome.command;
+    EXPECT_EQ(FilesIn(library.folder.path()), files);
+    // What cannot be opened or is not asked for stays.
+    EXPECT_EQ(OutputOf({atFiles + "ln -sf kept $f; done", kBoth, 32, ERROR_GEN_FAILURE}), none);
+    EXPECT_OUTCOME(WinExecEx("kill -TERM $$", 0, kBoth, nullptr), SIGTERM, ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(FilesIn(library.folder.path()), files + 2);
     EXPECT_EQ(ReadWholeFile(kept), "kept");
+    EXPECT_OUTCOME(WinExec("exit 3", 0), 32u, ERROR_SUCCESS);
+    EXPECT_EQ(wexelxi::ResultOfCommand(0x7F), 11u);
+    SetWexelXiFolder("/no/such/folder");
+    EXPECT_EQ(OutputOf({"exec 2>&-; true", kBoth, 512, ERROR_FILE_NOT_FOUND}), none);
 }
 
 TEST(Commands, WorkInAnyFolder)
@@ -132,7 +105,7 @@ TEST(Commands, WorkInAnyFolder)
         const std::string folder = library.folder.file(name);
         fs::create_directories(folder);
         SetWexelXiFolder(folder.c_str());
-        EXPECT_EQ(Capture("echo text"), "text\n") << name;
+        EXPECT_EQ(OutputOf({"echo text"}), "text\n") << name;
         EXPECT_OUTCOME(testForProgOpen_Unix("neither here nor there but ps"), 1, kUnchanged);
         EXPECT_EQ(FilesIn(folder), 0u);
     }
@@ -152,7 +125,7 @@ TEST(Commands, GiveTheSignalsBackAndResetThemInTheChild)
     const auto bit = [](int number) { return uint64_t{1} << (number - 1); };
     for (const auto &[host, isIgnored] : {std::pair(SIG_DFL, false), std::pair(SIG_IGN, true)}) {
         signal(SIGPIPE, host);
-        const std::string status = Capture("grep ^SigIgn: /proc/self/status");
+        const std::string status = OutputOf({"grep ^SigIgn: /proc/self/status"});
         const uint64_t ignored = std::stoull(status.substr(8), nullptr, 16);
         EXPECT_EQ(ignored & (bit(SIGINT) | bit(SIGQUIT) | bit(SIGHUP)), 0u);
         EXPECT_EQ((ignored & bit(SIGPIPE)) != 0, isIgnored) << "as the host has chosen";
@@ -174,7 +147,7 @@ TEST(Commands, AreWaitedForThroughSignals)
     sigaction(SIGALRM, &interrupts, nullptr);
     const itimerval often = {{0, 10000}, {0, 10000}}, never = {};
     setitimer(ITIMER_REAL, &often, nullptr);
-    EXPECT_EQ(Capture("sleep 0.2; echo text"), "text\n");
+    EXPECT_EQ(OutputOf({"sleep 0.2; echo text"}), "text\n");
     setitimer(ITIMER_REAL, &never, nullptr);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no process is left over";
 }
@@ -184,12 +157,12 @@ TEST(Commands, InheritTheHostsDescriptorsOnly)
     StartedLibrary library;
     const int hosts = open("/dev/null", O_RDONLY);
     const size_t before = OpenDescriptors();
-    const std::string plain = Capture("ls /proc/self/fd");
+    const std::string plain = OutputOf({"ls /proc/self/fd"});
     EXPECT_NE(plain.find("\n" + std::to_string(hosts) + "\n"), std::string::npos) << plain;
     HANDLE file = CreateFile(library.folder.file("held").data(), GENERIC_WRITE, 0, nullptr,
                              CREATE_ALWAYS, 0, nullptr);
     RegisterEventSource(nullptr, "test");
-    EXPECT_EQ(Capture("ls /proc/self/fd"), plain);
+    EXPECT_EQ(OutputOf({"ls /proc/self/fd"}), plain);
     DeregisterEventSource(nullptr);
     CloseHandle(file);
     EXPECT_EQ(OpenDescriptors(), before);
@@ -228,7 +201,9 @@ void PutPs(const ScratchFolder &folder, const std::string &names)
 TEST(RunningPrograms, AreFoundByTheirNames)
 {
     StartedLibrary library;
+    const std::string list = library.folder.file("psrep");
     const std::string longest(251, 'l'); // of a line, its end and the NUL
+    WriteWholeFile(library.folder.file("kept"), "kept");
     PutPs(library.folder, "sh\n\nqzjx7   \na b \n  \n" + longest + "\nlast");
     const std::pair<std::string, int32_t> rows[] = {
         {"/opt/Qzjx7/qzjx7.exe", 1},
@@ -241,30 +216,19 @@ TEST(RunningPrograms, AreFoundByTheirNames)
         {longest, 1},
         {longest.substr(1), 0},
         {"", 0}};
-    for (const auto &[text, isFound] : rows)
+    for (const auto &[text, isFound] : rows) {
+        (void)!symlink("kept", list.c_str()); // somebody else's, which is not written to
         EXPECT_OUTCOME(testForProgOpen_Unix(text.c_str()), isFound, kUnchanged) << text;
-    EXPECT_FALSE(FileExists(library.folder.file("psrep")));
+        EXPECT_FALSE(FileExists(list));
+    }
+    EXPECT_EQ(ReadWholeFile(library.folder.file("kept")), "kept");
+    fs::create_directory(list);
+    EXPECT_OUTCOME(testForProgOpen_Unix("qzjx7"), 0, kUnchanged);
+    fs::remove(list);
     setenv("PATH", "/no/such/folder", 1); // nor such a ps
     EXPECT_OUTCOME(testForProgOpen_Unix("qzjx7"), 0, kUnchanged);
     SetWexelXiFolder("/no/such/folder");
     EXPECT_OUTCOME(testForProgOpen_Unix("qzjx7"), 0, kUnchanged);
-}
-
-// What somebody else put at the name of the list of programs is not written to.
-TEST(RunningPrograms, AreAskedForInAFileOfOurOwn)
-{
-    StartedLibrary library;
-    const std::string list = library.folder.file("psrep"), kept = library.folder.file("kept");
-    WriteWholeFile(kept, "kept");
-    PutPs(library.folder, "sh\n");
-    for (const auto put : {symlink, link}) {
-        ASSERT_EQ(put(kept.c_str(), list.c_str()), 0);
-        EXPECT_EQ(testForProgOpen_Unix("the sh"), 1);
-        EXPECT_EQ(ReadWholeFile(kept), "kept");
-        EXPECT_FALSE(FileExists(list));
-    }
-    fs::create_directory(list);
-    EXPECT_OUTCOME(testForProgOpen_Unix("the sh"), 0, kUnchanged);
 }
 
 TEST(ProcessorText, IsReadLineByLine)
