@@ -33,13 +33,13 @@ HANDLE RegisterEventSource(const char *, const char *source)
 BOOL ReportEvent(HANDLE, uint16_t, uint16_t, uint32_t, void *, uint16_t count, uint32_t,
                  const char *const *strings, void *)
 {
-    return OrNoMemory(BOOL{TRUE}, [&] {
+    OrNoMemory([&] {
         std::string text;
         for (uint16_t i = 0; i < count; i++)
             text += strings[i] ? strings[i] : "";
         syslog(LOG_INFO, "%s", text.c_str());
-        return BOOL{TRUE};
     });
+    return TRUE;
 }
 
 BOOL DeregisterEventSource(HANDLE)

@@ -85,6 +85,14 @@ FileText Rewritten(std::string_view old, const IniRewrite &plan)
     return text;
 }
 
+// The disk's refusal shows as that of a buffered stream does: at the close, in the last error.
+void Write(FileChange &change, std::string_view text)
+{
+    const bool isWritten = change.Write(text);
+    const uint32_t refusal = errno == ENOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_GEN_FAILURE;
+    SetLastError(isWritten ? ERROR_SUCCESS : refusal);
+}
+
 // A device takes the new text in sequence, and the disk's refusal shows at the close.
 BOOL WritePort(const char *path, std::string_view section, std::string_view key,
                std::string_view value)
@@ -167,8 +175,7 @@ BOOL WriteIniKey(const char *path, std::string_view section, std::string_view ke
         Rewritten(change.Text(), PlanIniRewrite(change.Text(), section, key, value));
     if (!text.bytes)
         return Fail(ERROR_NOT_ENOUGH_MEMORY);
-    // The disk's refusal shows as that of a buffered stream does: at the close, in the last error.
-    SetLastError(change.Write(text.View()) ? ERROR_SUCCESS : ERROR_GEN_FAILURE);
+    Write(change, text.View());
     return TRUE;
 }
 
@@ -224,7 +231,7 @@ bool IniDraft::Save()
     else if (hasFailed_)
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     else
-        SetLastError(change_->Write(own_->Bytes()) ? ERROR_SUCCESS : ERROR_GEN_FAILURE);
+        Write(*change_, own_->Bytes());
     change_.reset();
     if (!endsInWrite_)
         CachedText(path_);

@@ -188,7 +188,7 @@ bool FileChange::Replace(std::string_view text)
 {
     // Made in any case: what a killed process left goes.
     const bool replaced = mayReplace_ &&
-                          beside_.Make(path_, status_.st_mode & 0777) == FileBeside::kMade &&
+                          beside_.Make(path_, status_.st_mode) == FileBeside::kMade &&
                           status_.st_nlink == 1 && beside_.Resemble(descriptor_.get(), status_) &&
                           beside_.Become(path_, text);
     beside_.Drop();

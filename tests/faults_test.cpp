@@ -179,10 +179,22 @@ const Scenario kScenarios[] = {
      PutFiles},
     {"add a section",
      [] { return WritePrivateProfileString("t", "k", "value", "./own.ini") == TRUE; }, PutFiles},
+    {"change a key behind a port",
+     [] { return WritePrivateProfileString("s", "k", "longer", "COM1") == TRUE; },
+     [] {
+         PutFiles();
+         WriteProfileString("Ports", "COM1", "own.ini,rs232");
+         WriteProfileString("Ports", "Delay", "-1");
+     },
+     ERROR_GEN_FAILURE},
     {"load the preferences",
      [] {
          gLoadPref();
-         return true;
+         return GetLastError() == 0;
+     },
+     [] {
+         WriteWholeFile("wexelxi.ini", "[Setup]\r\nVersion=4\r\n");
+         TermIni();
      }},
     {"start anew",
      [] {

@@ -1,5 +1,6 @@
 // The settings, colours and texts that a start loads, and the file that it leaves.
 #include <cstring>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -152,6 +153,10 @@ TEST_F(Preferences, LastErrorsAndTheCacheAreThoseOfTheLastStep)
     EXPECT_LAST_ERROR(load(noTimer + whole.substr(whole.find("\r\n[Localize]"))), ERROR_SUCCESS);
     WriteWholeFile(path, "");
     EXPECT_EQ(Value("Setup", "Version"), "4") << "written, then read";
+    std::filesystem::create_directory(folder.file("full"));
+    std::filesystem::create_symlink("/dev/full", folder.file("full/wexelxi.ini"));
+    SetWexelXiFolder(folder.file("full").c_str());
+    EXPECT_LAST_ERROR(gLoadPref(), ERROR_GEN_FAILURE);
     SetWexelXiFolder(folder.file("none").c_str());
     gFreePref();
     EXPECT_LAST_ERROR(gLoadPref(), ERROR_FILE_NOT_FOUND);
