@@ -153,6 +153,9 @@ TEST(IniDraft, IsMadeAgainOnWhatOthersLeft)
     EXPECT_TRUE(draft.Save());
     EXPECT_EQ(ReadWholeFile(file), "[s]\r\nk=3\r\nl=4\r\n");
     EXPECT_EQ(ReadIniKey(file.c_str(), "s", "l"), "4");
+    IniDraft undisturbed(file.c_str());
+    undisturbed.Set("s", "l", "5");
+    EXPECT_TRUE(undisturbed.Save()) << "at once";
     DropIniCache();
 }
 
