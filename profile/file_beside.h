@@ -33,8 +33,6 @@ public:
     // Makes the file, empty and locked. One that a killed process left is taken away first.
     Outcome Make(const char *target, mode_t mode);
 
-    bool IsMade() const { return isMade_; }
-
     // Gives it mode, owner and group of a file. False if it cannot have them, or if one of the two
     // has access lists or attributes, which are not carried over.
     bool Resemble(int descriptor, const struct stat &status);

@@ -85,12 +85,16 @@ FileText Rewritten(std::string_view old, const IniRewrite &plan)
     return text;
 }
 
+// The last error of a text that was not read or written.
+uint32_t Refusal()
+{
+    return errno == ENOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_GEN_FAILURE;
+}
+
 // The disk's refusal shows as that of a buffered stream does: at the close, in the last error.
 void Write(FileChange &change, std::string_view text)
 {
-    const bool isWritten = change.Write(text);
-    const uint32_t refusal = errno == ENOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_GEN_FAILURE;
-    SetLastError(isWritten ? ERROR_SUCCESS : refusal);
+    SetLastError(change.Write(text) ? ERROR_SUCCESS : Refusal());
 }
 
 // A device takes the new text in sequence, and the disk's refusal shows at the close.
@@ -107,7 +111,7 @@ BOOL WritePort(const char *path, std::string_view section, std::string_view key,
     const FileText text = Rewritten(old.View(), PlanIniRewrite(old.View(), section, key, value));
     if (!isRead || !text.bytes) {
         port.reset();
-        return Fail(isRead ? ERROR_NOT_ENOUGH_MEMORY : ERROR_GEN_FAILURE);
+        return Fail(Refusal());
     }
     if (!isFile)
         return WriteFile(port.get(), text.bytes.get(), static_cast<uint32_t>(text.size), nullptr,
@@ -115,7 +119,7 @@ BOOL WritePort(const char *path, std::string_view section, std::string_view key,
     const bool isWritten = ChangeInPlace(descriptor, old.View(), text.View());
     port.reset();
     if (!isWritten)
-        SetLastError(ERROR_GEN_FAILURE);
+        SetLastError(Refusal());
     return TRUE;
 }
 

@@ -330,7 +330,7 @@ const Scenario kScenarios[] = {
          SetLastError(error);
          return works;
      },
-     PutFiles},
+     PutFiles, ERROR_FILE_NOT_FOUND},
     {"look for a program", [] { return testForProgOpen_Unix("the sh") == 1; }, MakePs},
     {"ask the machine",
      [] {

@@ -44,6 +44,7 @@ enum Family {
     Terminal,
     Thread,
     Process,
+    Spawn,
     Families
 };
 
@@ -53,7 +54,7 @@ constexpr struct {
 } kFamilies[Families] = {{"allocation", ENOMEM}, {"open", EMFILE},  {"read", EIO},
                          {"write", ENOSPC},      {"stat", EIO},     {"directory", ENOMEM},
                          {"removal", EPERM},     {"terminal", EIO}, {"thread", EAGAIN},
-                         {"process", EAGAIN}};
+                         {"process", EAGAIN},    {"spawn", EAGAIN}};
 
 // Which call is refused: the nth of its family from here on, and those behind it if it stays so.
 struct Refusal {
@@ -248,8 +249,8 @@ private:
         fs::current_path(library_.folder.path());
         if (!succeeded && refusal.family == Families)
             Complain("failed with last error " + std::to_string(error));
-        if (!succeeded && refusal.family == Allocation && error != ERROR_NOT_ENOUGH_MEMORY &&
-            error != scenario_.forNoHandle)
+        if (!succeeded && (refusal.family == Allocation || refusal.family == Spawn) &&
+            error != ERROR_NOT_ENOUGH_MEMORY && error != scenario_.forNoHandle)
             Complain("no memory was told as last error " + std::to_string(error));
         if (pthread_getspecific(gCriticalSectionTLS) || !MutexIsFree())
             Complain("the lock is held");
