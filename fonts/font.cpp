@@ -95,8 +95,6 @@ void wexelxi::FreeAllFonts()
             delete record;
     }
     gLiveFonts = 0;
-    if (gFontBuckets != gFirstBuckets)
-        MoveTo(gFirstBuckets, kFirstBuckets);
 }
 
 HFONT CreateFontIndirect(const LOGFONT *logfont)
@@ -122,30 +120,17 @@ HFONT CreateFontIndirect(const LOGFONT *logfont)
     });
 }
 
-HFONT CreateFont(int32_t height, int32_t width, int32_t escapement, int32_t orientation,
-                 int32_t weight, uint8_t italic, uint8_t underline, uint8_t strikeOut,
-                 uint8_t charSet, uint8_t outPrecision, uint8_t clipPrecision, uint8_t quality,
-                 uint8_t pitchAndFamily, LPCSTR faceName)
+HFONT CreateFont(int32_t height, int32_t, int32_t, int32_t, int32_t weight, uint8_t italic,
+                 uint8_t underline, uint8_t, uint8_t, uint8_t, uint8_t, uint8_t, uint8_t,
+                 LPCSTR faceName)
 {
-    LOGFONT logfont = {};
-    {
-        LockScope lock;
-        logfont.lfHeight = height;
-        logfont.lfWidth = width;
-        logfont.lfEscapement = escapement;
-        logfont.lfOrientation = orientation;
-        logfont.lfWeight = weight;
-        logfont.lfItalic = italic;
-        logfont.lfUnderline = underline;
-        logfont.lfStrikeOut = strikeOut;
-        logfont.lfCharSet = charSet;
-        logfont.lfOutPrecision = outPrecision;
-        logfont.lfClipPrecision = clipPrecision;
-        logfont.lfQuality = quality;
-        logfont.lfPitchAndFamily = pitchAndFamily;
-        if (faceName)
-            memcpy(logfont.lfFaceName, faceName, strnlen(faceName, LF_FACESIZE));
-    }
+    LOGFONT logfont = {}; // what is left out is not read
+    logfont.lfHeight = height;
+    logfont.lfWeight = weight;
+    logfont.lfItalic = italic;
+    logfont.lfUnderline = underline;
+    if (faceName)
+        memcpy(logfont.lfFaceName, faceName, strnlen(faceName, LF_FACESIZE));
     return CreateFontIndirect(&logfont);
 }
 

@@ -14,8 +14,6 @@ constexpr int kLight = FC_WEIGHT_LIGHT;
 constexpr int kRoman = FC_SLANT_ROMAN;
 constexpr int kItalic = FC_SLANT_ITALIC;
 constexpr int kOblique = FC_SLANT_OBLIQUE;
-static_assert(kExtra == 205 && kBold == 200 && kDemi == 180 && kRegular == 80 && kLight == 50);
-static_assert(kRoman == 0 && kItalic == 100 && kOblique == 110);
 
 constexpr SearchRow kExtraRoman[] = {{kExtra, kRoman}, {kBold, kRoman}, {kDemi, kRoman}};
 constexpr SearchRow kExtraItalic[] = {{kExtra, kItalic}, {kExtra, kOblique}, {kBold, kItalic},

@@ -3,6 +3,7 @@
 
 #include <cups/cups.h>
 #include <span>
+#include <string>
 
 #include "print/pipe_signal.h"
 #include "print/printer_name.h"
@@ -16,22 +17,18 @@ public:
         const PipeSignalScope scope;
         count_ = cupsGetDests(&list_);
     }
-    ~Destinations()
-    {
-        if (list_)
-            cupsFreeDests(count_, list_);
-    }
+    ~Destinations() { cupsFreeDests(count_, list_); }
     Destinations(const Destinations &) = delete;
     Destinations &operator=(const Destinations &) = delete;
 
-    std::span<const cups_dest_t> all() const
+    std::span<const cups_dest_t> all() const { return {list_, static_cast<size_t>(count_)}; }
+    // Null if there is none of that name.
+    const cups_dest_t *find(const PrinterName &name) const
     {
-        return {list_, list_ && count_ > 0 ? static_cast<size_t>(count_) : 0};
-    }
-    // Null if there is none of that name and instance.
-    const cups_dest_t *find(const char *name, const char *instance) const
-    {
-        return all().empty() ? nullptr : cupsGetDest(name, instance, count_, list_);
+        const std::string printer(name.printer);
+        const std::string instance(name.instance.value_or(""));
+        return cupsGetDest(printer.c_str(), name.instance ? instance.c_str() : nullptr, count_,
+                           list_);
     }
 
 private:

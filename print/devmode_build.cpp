@@ -1,11 +1,10 @@
-// Building a settings record. A node is sized and written from the same measurements.
+// Building a settings record.
 #include "print/devmode_build.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 #include <string>
-#include <vector>
 
 #include "print/devmode.h"
 #include "print/head_fields.h"
@@ -17,148 +16,98 @@ namespace {
 
 constexpr size_t kMostOptionBytes = 65535; // what dmDriverExtra can say
 
-// A choice of an option that has its place in the head.
-struct HeadChoice {
-    const ppd_option_t &option;
-    const ppd_choice_t &choice;
-    ppd_file_t *ppd;
-};
-
-void StorePaper(const HeadChoice &head, DEVMODE *record)
+// The options that get no node; PageRegion says again what PageSize says.
+bool IsHeadOption(const char *keyword)
 {
-    MatchPaperToDevMode(head.ppd, head.choice, record);
+    for (const char *name : {"PageSize", "PageRegion", "InputSlot", "Duplex"})
+        if (EqualNames(name, keyword))
+            return true;
+    return false;
 }
 
-void StoreBin(const HeadChoice &head, DEVMODE *record)
+// Stores code and size; nothing if the PPD has no such size.
+void StorePaper(ppd_file_t *ppd, const ppd_choice_t &choice, DEVMODE *record)
 {
-    record->dmDefaultSource =
-        static_cast<int16_t>(DMBIN_USER + (&head.choice - head.option.choices));
+    const ppd_size_t *size = ppdPageSize(ppd, choice.choice);
+    if (!size)
+        return;
+    const Paper paper = PaperOf(*size);
+    record->dmPaperSize = static_cast<int16_t>(paper.code);
+    record->dmPaperWidth = static_cast<int16_t>(paper.size.width);
+    record->dmPaperLength = static_cast<int16_t>(paper.size.length);
 }
 
-void StoreDuplex(const HeadChoice &head, DEVMODE *record)
+void StoreDuplex(const ppd_choice_t &choice, DEVMODE *record)
 {
-    if (EqualNames(head.choice.choice, "DuplexTumble"))
+    if (EqualNames(choice.choice, "DuplexTumble"))
         record->dmDuplex = DMDUP_HORIZONTAL;
-    else if (EqualNames(head.choice.choice, "DuplexNoTumble"))
+    else if (EqualNames(choice.choice, "DuplexNoTumble"))
         record->dmDuplex = DMDUP_VERTICAL;
-    else if (EqualNames(head.choice.choice, "None"))
+    else if (EqualNames(choice.choice, "None"))
         record->dmDuplex = DMDUP_SIMPLEX;
 }
 
-void StoreNothing(const HeadChoice &, DEVMODE *) {}
-
-// The options that get no node, and how a choice of each is stored in the head.
-struct HeadOption {
-    const char *keyword;
-    void (*store)(const HeadChoice &head, DEVMODE *record);
-};
-constexpr HeadOption kHeadOptions[] = {
-    {"PageSize", StorePaper},
-    {"PageRegion", StoreNothing}, // says again what PageSize says
-    {"InputSlot", StoreBin},
-    {"Duplex", StoreDuplex},
-};
-
-const HeadOption *FindHeadOption(const char *keyword)
+// A value of a head option; an unknown one stores nothing.
+void StoreInHead(const ppd_option_t &option, const char *value, ppd_file_t *ppd, DEVMODE *record)
 {
-    for (const HeadOption &option : kHeadOptions)
-        if (EqualNames(option.keyword, keyword))
-            return &option;
-    return nullptr;
+    const ppd_choice_t *choice = FindChoice(option, value);
+    if (!choice)
+        return;
+    if (EqualNames(option.keyword, "PageSize"))
+        StorePaper(ppd, *choice, record);
+    else if (EqualNames(option.keyword, "InputSlot"))
+        record->dmDefaultSource = static_cast<int16_t>(DMBIN_USER + (choice - option.choices));
+    else if (EqualNames(option.keyword, "Duplex"))
+        StoreDuplex(*choice, record);
 }
 
-// An unknown value stores nothing.
-void StoreInHead(const HeadOption &head, const ppd_option_t &option, const char *value,
-                 ppd_file_t *ppd, DEVMODE *record)
+// The node of an option, zero behind each text.
+std::string NodeOf(const ppd_option_t &option)
 {
-    if (const ppd_choice_t *choice = FindChoice(option, value))
-        head.store({option, *choice, ppd}, record);
-}
-
-// An option and the lengths in its node, each with its NUL.
-struct PlannedNode {
-    const ppd_option_t *option;
-    size_t nameLength;
-    size_t uiNameLength;
-    size_t valueNameWidth;
-    size_t valueUINameWidth;
-
-    size_t rowBytes() const { return 1 + valueNameWidth + valueUINameWidth; }
-    size_t length() const
-    {
-        return sizeof(DEVMODEOPTION) + nameLength + uiNameLength +
-               ChoicesOf(*option).size() * rowBytes();
+    const std::span<ppd_choice_t> choices = ChoicesOf(option);
+    size_t nameWidth = 1;
+    size_t uiNameWidth = 1;
+    for (const ppd_choice_t &choice : choices) {
+        nameWidth = std::max(nameWidth, strlen(choice.choice) + 1);
+        uiNameWidth = std::max(uiNameWidth, strlen(choice.text) + 1);
     }
-};
-
-PlannedNode PlanNode(const ppd_option_t &option)
-{
-    PlannedNode node = {&option, strlen(option.keyword) + 1, strlen(option.text) + 1, 1, 1};
-    for (const ppd_choice_t &choice : ChoicesOf(option)) {
-        node.valueNameWidth = std::max(node.valueNameWidth, strlen(choice.choice) + 1);
-        node.valueUINameWidth = std::max(node.valueUINameWidth, strlen(choice.text) + 1);
+    const size_t nameLength = strlen(option.keyword) + 1;
+    const size_t uiNameLength = strlen(option.text) + 1;
+    const size_t rowBytes = 1 + nameWidth + uiNameWidth;
+    const size_t front = sizeof(DEVMODEOPTION) + nameLength + uiNameLength;
+    std::string node(front + choices.size() * rowBytes, '\0');
+    auto *header = reinterpret_cast<DEVMODEOPTION *>(node.data());
+    header->length = static_cast<int32_t>(node.size());
+    header->kind = static_cast<int16_t>(option.ui);
+    header->nameLength = static_cast<int16_t>(nameLength);
+    header->uiNameLength = static_cast<int16_t>(uiNameLength);
+    header->valueNameWidth = static_cast<int16_t>(nameWidth);
+    header->valueUINameWidth = static_cast<int16_t>(uiNameWidth);
+    header->valueCount = static_cast<int16_t>(choices.size());
+    strcpy(node.data() + sizeof *header, option.keyword);
+    strcpy(node.data() + sizeof *header + nameLength, option.text);
+    char *row = node.data() + front;
+    for (const ppd_choice_t &choice : choices) {
+        strcpy(row + 1, choice.choice);
+        strcpy(row + 1 + nameWidth, choice.text);
+        row += rowBytes;
     }
+    SelectValue(header, option.defchoice);
     return node;
 }
 
-struct Plan {
-    std::vector<PlannedNode> nodes;
-    size_t bytes = 0;
-};
-
-Plan PlanOptionBlock(const ppd_file_t *ppd)
+// The nodes of a PPD, as many as fit.
+std::string OptionBlockOf(const ppd_file_t *ppd)
 {
-    Plan plan;
+    std::string block;
     ForEachOption(ppd, [&](const ppd_option_t &option) {
-        if (FindHeadOption(option.keyword))
+        if (IsHeadOption(option.keyword))
             return;
-        const PlannedNode node = PlanNode(option);
-        if (node.length() > kMostOptionBytes - plan.bytes)
-            return;
-        plan.nodes.push_back(node);
-        plan.bytes += node.length();
+        const std::string node = NodeOf(option);
+        if (block.size() + node.size() <= kMostOptionBytes)
+            block += node;
     });
-    return plan;
-}
-
-// The block is zeroed, so texts need no padding and no NUL.
-void WriteRows(const PlannedNode &node, char *row)
-{
-    const ppd_option_t &option = *node.option;
-    const std::span<ppd_choice_t> choices = ChoicesOf(option);
-    bool anySelected = false;
-    char *const first = row;
-    for (const ppd_choice_t &choice : choices) {
-        *row = EqualNames(choice.choice, option.defchoice);
-        anySelected |= *row != 0;
-        memcpy(row + 1, choice.choice, strlen(choice.choice));
-        memcpy(row + 1 + node.valueNameWidth, choice.text, strlen(choice.text));
-        row += node.rowBytes();
-    }
-    if (!anySelected && !choices.empty() && option.ui != PPD_UI_PICKMANY)
-        *first = 1;
-}
-
-void WriteNode(const PlannedNode &node, char *at)
-{
-    const ppd_option_t &option = *node.option;
-    const DEVMODEOPTION header = {
-        .length = static_cast<int32_t>(node.length()),
-        .kind = static_cast<int16_t>(option.ui),
-        .nameLength = static_cast<int16_t>(node.nameLength),
-        .uiNameLength = static_cast<int16_t>(node.uiNameLength),
-        .valueNameWidth = static_cast<int16_t>(node.valueNameWidth),
-        .valueUINameWidth = static_cast<int16_t>(node.valueUINameWidth),
-        .valueCount = static_cast<int16_t>(ChoicesOf(option).size()),
-        .reserved = 0,
-    };
-    memcpy(at, &header, sizeof header);
-    at += sizeof header;
-    memcpy(at, option.keyword, node.nameLength);
-    at += node.nameLength;
-    memcpy(at, option.text, node.uiNameLength);
-    at += node.uiNameLength;
-    WriteRows(node, at);
+    return block;
 }
 
 bool IsColour(ppd_cs_t colorspace)
@@ -166,12 +115,25 @@ bool IsColour(ppd_cs_t colorspace)
     return colorspace == PPD_CS_CMYK || colorspace == PPD_CS_CMY || colorspace == PPD_CS_RGB;
 }
 
+// The DMJOBSHEET_ code of a CUPS banner, without regard to case; 0 for any other text.
+int32_t JobSheetFromName(std::string_view name)
+{
+    constexpr std::string_view kNames[] = {"classified", "confidential", "secret",
+                                           "standard",   "topsecret",    "unclassified"};
+    int32_t code = DMJOBSHEET_NONE;
+    for (const std::string_view known : kNames) {
+        code++;
+        if (EqualWithoutCase(name, known))
+            return code;
+    }
+    return DMJOBSHEET_NONE;
+}
+
 void ApplyJobSheets(std::string_view value, DEVMODE *record)
 {
     const size_t comma = std::min(value.find(','), value.size());
     record->dmJobSheetStart = JobSheetFromName(value.substr(0, comma));
-    value.remove_prefix(std::min(comma + 1, value.size()));
-    record->dmJobSheetEnd = JobSheetFromName(value);
+    record->dmJobSheetEnd = JobSheetFromName(value.substr(std::min(comma + 1, value.size())));
 }
 
 void ApplyOrientation(std::string_view value, DEVMODE *record)
@@ -188,24 +150,35 @@ void ApplySavedOption(const char *name, const char *value, ppd_file_t *ppd, DEVM
         ApplyJobSheets(value, record);
     } else if (EqualNames(name, "orientation-requested")) {
         ApplyOrientation(value, record);
-    } else if (const HeadOption *head = FindHeadOption(name)) {
+    } else if (IsHeadOption(name)) {
         if (const ppd_option_t *option = ppdFindOption(ppd, name))
-            StoreInHead(*head, *option, value, ppd, record);
+            StoreInHead(*option, value, ppd, record);
     } else if (DEVMODEOPTION *option = FindOption(RecordView(record).options(), name)) {
         SelectValue(option, value);
     }
-}
-
-// A record without anything in it but zeros.
-Record ZeroedRecord(size_t bytes)
-{
-    return Record(static_cast<DEVMODE *>(memset(operator new(bytes), 0, bytes)));
 }
 
 // A text field of the head, zeroed before, in which the last byte stays the NUL.
 void StoreHeadText(char (&field)[CCHDEVICENAME], std::string_view text)
 {
     FillNameRow({field, sizeof field - 1}, text);
+}
+
+// A record with the defaults in its head and that option block.
+Record AllocDevMode(const PrinterName &name, const char *unknown, const std::string &block)
+{
+    const size_t bytes = sizeof(DEVMODE) + block.size();
+    Record record(static_cast<DEVMODE *>(memset(operator new(bytes), 0, bytes)));
+    std::string fullName(name.length(), '\0');
+    name.WriteTo(fullName.data());
+    StoreHeadText(record->dmDeviceName, fullName);
+    StoreHeadText(record->dmManufacturer, unknown);
+    StoreHeadText(record->dmModelName, unknown);
+    for (const HeadField &field : kHeadFields)
+        memcpy(reinterpret_cast<char *>(record.get()) + field.offset, &field.standard, field.width);
+    record->dmDriverExtra = static_cast<uint16_t>(block.size());
+    block.copy(RecordView(record.get()).options().data(), block.size());
+    return record;
 }
 
 } // namespace
@@ -216,26 +189,11 @@ Record CopyOfRecord(const DEVMODE *record)
     return Record(static_cast<DEVMODE *>(memcpy(operator new(bytes), record, bytes)));
 }
 
-Record AllocDevMode(const PrinterName &name, const char *unknown, size_t optionBytes)
-{
-    Record record = ZeroedRecord(sizeof(DEVMODE) + optionBytes);
-    std::string fullName(name.length(), '\0');
-    name.WriteTo(fullName.data());
-    StoreHeadText(record->dmDeviceName, fullName);
-    StoreHeadText(record->dmManufacturer, unknown);
-    StoreHeadText(record->dmModelName, unknown);
-    for (const HeadField &field : kHeadFields)
-        memcpy(reinterpret_cast<char *>(record.get()) + field.offset, &field.standard, field.width);
-    record->dmDriverExtra = static_cast<uint16_t>(optionBytes);
-    return record;
-}
-
 Record BuildDevMode(const PrinterName &name, const char *unknown, ppd_file_t *ppd)
 {
     if (!ppd)
-        return AllocDevMode(name, unknown, 0);
-    const Plan plan = PlanOptionBlock(ppd);
-    Record record = AllocDevMode(name, unknown, plan.bytes);
+        return AllocDevMode(name, unknown, "");
+    Record record = AllocDevMode(name, unknown, OptionBlockOf(ppd));
     if (ppd->manufacturer)
         StoreHeadText(record->dmManufacturer, ppd->manufacturer);
     if (ppd->modelname)
@@ -243,14 +201,8 @@ Record BuildDevMode(const PrinterName &name, const char *unknown, ppd_file_t *pp
     if (IsColour(ppd->colorspace))
         record->dmColor = DMCOLOR_COLOR;
     ForEachOption(ppd, [&](const ppd_option_t &option) {
-        if (const HeadOption *head = FindHeadOption(option.keyword))
-            StoreInHead(*head, option, option.defchoice, ppd, record.get());
+        StoreInHead(option, option.defchoice, ppd, record.get());
     });
-    char *at = RecordView(record.get()).options().data();
-    for (const PlannedNode &node : plan.nodes) {
-        WriteNode(node, at);
-        at += node.length();
-    }
     return record;
 }
 
@@ -260,28 +212,6 @@ void ApplySavedOptions(std::span<const cups_option_t> saved, ppd_file_t *ppd, DE
         if (option.name && option.value)
             ApplySavedOption(option.name, option.value, ppd, record);
     }
-}
-
-void MatchPaperToDevMode(ppd_file_t *ppd, const ppd_choice_t &choice, DEVMODE *record)
-{
-    const ppd_size_t *size = ppdPageSize(ppd, choice.choice);
-    if (!size)
-        return;
-    const Paper paper = PaperOf(*size);
-    record->dmPaperSize = static_cast<int16_t>(paper.code);
-    record->dmPaperWidth = static_cast<int16_t>(paper.size.width);
-    record->dmPaperLength = static_cast<int16_t>(paper.size.length);
-}
-
-int32_t JobSheetFromName(std::string_view name)
-{
-    constexpr std::string_view kNames[] = {"none",     "classified", "confidential", "secret",
-                                           "standard", "topsecret",  "unclassified"};
-    for (size_t code = 0; code < std::size(kNames); code++) {
-        if (EqualWithoutCase(name, kNames[code]))
-            return static_cast<int32_t>(code);
-    }
-    return DMJOBSHEET_NONE;
 }
 
 } // namespace wexelxi

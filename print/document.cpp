@@ -30,8 +30,8 @@ int32_t ChangeSettings(DEVMODE *current, const DEVMODE *in, int32_t mode)
     Offers offers;
     if (mode & DM_MODIFY)
         offers = AskPrinters(in, current);
-    if (mode & DM_UPDATE) // accepts nothing, so that nothing need be made for it to accept
-        return PrinterProperties(nullptr);
+    if (mode & DM_UPDATE) // as PrinterProperties, which accepts nothing: so nothing is changed
+        return IDCANCEL;
     if (mode & DM_MODIFY)
         MergeSettings(in, current, offers.source, offers.target);
     return IDOK;
@@ -70,8 +70,6 @@ int32_t DocumentProperties(HWND, HPRINTER, const char *name, DEVMODE *out, const
         if (((mode & DM_MODIFY) && !in) || ((mode & DM_COPY) && !out))
             return FailWith(ERROR_INVALID_PARAMETER, -1);
         const int32_t result = ChangeSettings(current, in, mode);
-        if (result == IDOK && (mode & DM_MODIFY))
-            UpdatePPDDevMode(printer->printerName.get(), printer->instanceName.get(), current);
         if (result == IDOK && (mode & DM_COPY))
             memcpy(out, current, size);
         return result;

@@ -27,11 +27,10 @@ bool IsPending()
 // undone at once, and not when a scheduler has answered at last.
 void StartCups()
 {
-    struct sigaction own;
-    const bool known = sigaction(SIGPIPE, nullptr, &own) == 0;
+    struct sigaction own = {};
+    sigaction(SIGPIPE, nullptr, &own);
     httpInitialize();
-    if (known)
-        sigaction(SIGPIPE, &own, nullptr);
+    sigaction(SIGPIPE, &own, nullptr);
 }
 
 } // namespace

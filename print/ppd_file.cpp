@@ -13,10 +13,7 @@ uint32_t OpenPPDFile(const char *path, PPDFile &file)
     if (!stream)
         return ERROR_FILE_NOT_FOUND;
     // ppdOpen would close the descriptor under the stream; ppdOpenFd closes the duplicate.
-    const int duplicate = fcntl(fileno(stream.get()), F_DUPFD_CLOEXEC, 0);
-    if (duplicate < 0)
-        return ERROR_FILE_NOT_FOUND;
-    ParsedPPD ppd(ppdOpenFd(duplicate));
+    ParsedPPD ppd(ppdOpenFd(fcntl(fileno(stream.get()), F_DUPFD_CLOEXEC, 0)));
     if (!ppd)
         return ERROR_INVALID_DATA;
     file = {std::move(stream), std::move(ppd)};

@@ -1,5 +1,4 @@
 // Printing calls that exist in name only: there is nothing to draw on and nobody to ask.
-#include "core/last_error.h"
 #include "core/lock.h"
 #include "wexelxi/documents.h"
 
@@ -19,65 +18,58 @@ HDC CreateIC(LPCSTR driver, LPCSTR device, LPCSTR output, LPCVOID initData)
 
 namespace {
 
-// What every call that does nothing does.
-void Ignore()
+// What every call that does nothing does and gives.
+template <typename Result>
+Result Nothing()
 {
     LockScope lock;
     SetLastError(ERROR_SUCCESS);
+    return {};
 }
 
 } // namespace
 
 BOOL DPtoLP(HDC, LPVOID, int32_t)
 {
-    Ignore();
-    return FALSE;
+    return Nothing<BOOL>();
 }
 
 BOOL LPtoDP(HDC, LPVOID, int32_t)
 {
-    Ignore();
-    return FALSE;
+    return Nothing<BOOL>();
 }
 
 int32_t StartDoc(HDC, LPCVOID)
 {
-    Ignore();
-    return 0;
+    return Nothing<int32_t>();
 }
 
 int32_t EndDoc(HDC)
 {
-    Ignore();
-    return 0;
+    return Nothing<int32_t>();
 }
 
 int32_t StartPage(HDC)
 {
-    Ignore();
-    return 0;
+    return Nothing<int32_t>();
 }
 
 int32_t EndPage(HDC)
 {
-    Ignore();
-    return 0;
+    return Nothing<int32_t>();
 }
 
 int32_t Escape(HDC, int32_t, int32_t, LPCSTR, LPVOID)
 {
-    Ignore();
-    return 0;
+    return Nothing<int32_t>();
 }
 
 HDC ResetDC(HDC, const DEVMODE *)
 {
-    Ignore();
-    return nullptr;
+    return Nothing<HDC>();
 }
 
 int32_t AdvancedDocumentProperties(HWND, HPRINTER, LPCSTR, DEVMODE *, const DEVMODE *)
 {
-    Ignore();
-    return 0;
+    return Nothing<int32_t>();
 }

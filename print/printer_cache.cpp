@@ -93,11 +93,9 @@ Record BuildDevModeFromPPD(const PrinterPPDEntry &entry)
     if (!entry.ppd)
         return record;
     const Destinations destinations;
-    if (const cups_dest_t *found =
-            destinations.find(entry.printerName.get(), entry.instanceName.get())) {
-        const size_t count = found->num_options > 0 ? static_cast<size_t>(found->num_options) : 0;
-        ApplySavedOptions({found->options, count}, entry.ppd, record.get());
-    }
+    if (const cups_dest_t *found = destinations.find(NameOf(entry)))
+        ApplySavedOptions({found->options, static_cast<size_t>(found->num_options)}, entry.ppd,
+                          record.get());
     return record;
 }
 

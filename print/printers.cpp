@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "core/lock.h"
 #include "core/no_memory.h"
@@ -13,14 +14,7 @@ using namespace wexelxi;
 
 // The record behind an HPRINTER.
 struct PrinterHandleRecord {
-    explicit PrinterHandleRecord(const PrinterName &name)
-        : printerName(CopyText(name.printer)),
-          instanceName(name.instance ? CopyText(*name.instance) : nullptr)
-    {
-    }
-
-    OwnedText printerName;
-    OwnedText instanceName; // or null
+    std::string name;
 };
 
 BOOL OpenPrinter(const char *name, HPRINTER *printer)
@@ -30,10 +24,9 @@ BOOL OpenPrinter(const char *name, HPRINTER *printer)
     LockScope lock;
     *printer = nullptr;
     return OrNoMemory<BOOL>(FALSE, [&]() -> BOOL {
-        auto record = std::make_unique<PrinterHandleRecord>(SplitPrinterName(name));
-        if (!Destinations().find(record->printerName.get(), record->instanceName.get()))
+        if (!Destinations().find(SplitPrinterName(name)))
             return Fail(ERROR_INVALID_PRINTER_NAME);
-        *printer = record.release();
+        *printer = new PrinterHandleRecord{name};
         SetLastError(ERROR_SUCCESS);
         return TRUE;
     });
@@ -44,8 +37,7 @@ BOOL GetPrinter(HPRINTER printer, int32_t level, void *buffer, uint32_t size, ui
     if (!printer || level != 2)
         return Fail(ERROR_INVALID_PARAMETER);
     LockScope lock;
-    const PrinterName name = NameFromParts(printer->printerName.get(), printer->instanceName.get());
-    const size_t bytes = sizeof(PRINTER_INFO_2) + name.length() + 1;
+    const size_t bytes = sizeof(PRINTER_INFO_2) + printer->name.size() + 1;
     if (needed)
         *needed = static_cast<uint32_t>(bytes);
     if (buffer && bytes > size)
@@ -54,7 +46,7 @@ BOOL GetPrinter(HPRINTER printer, int32_t level, void *buffer, uint32_t size, ui
         char *const text = static_cast<char *>(buffer) + sizeof(PRINTER_INFO_2);
         const PRINTER_INFO_2 info = {text};
         memcpy(buffer, &info, sizeof info);
-        name.WriteTo(text);
+        strcpy(text, printer->name.c_str());
     }
     SetLastError(ERROR_SUCCESS);
     return TRUE;
