@@ -82,44 +82,37 @@ TEST_F(Documents, PrintDialogStartsWithPrinterAndRecord)
 {
     const TestRecord stored = CurrentOf("odd");
     stored->dmCopies = 7;
-    const struct {
-        const char *name;
-        size_t bytes;        // of the record's block; 0 for none
-        const char *outName; // null: the call fails
-        int16_t copies;
-        size_t size;
-    } rows[] = {
-        {nullptr, 0, "plain", 1, 516}, // the default printer
-        {nullptr, 785, "odd", 7, 785}, // a copy of the record
-        {"odd", 785, "odd", 7, 785},   // the same
-        {"odd", 0, "odd", 1, 785},     // the printer's own settings
-        {"ODD", 785, "ODD", 7, 785},   // another name
-        {"twin", 785, "twin", 7, 785}, // merged into the printer's
-        {"broken", 0, nullptr, 0, 0},
-        {nullptr, 516, "odd", 7, 785},   // what the block lacks is zero
-        {nullptr, 391, "plain", 1, 516}, // no record
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(std::string(row.name ? row.name : "-") + " " + std::to_string(row.bytes));
+    // The dialog's printer, the first one listed, and size and copies of the settings.
+    const auto start = [&](const char *name, int32_t bytesOfRecord, uint32_t error) {
         PRINTDLG dialog = {};
-        dialog.hDevNames = row.name ? MakePrinterNameHan(row.name) : nullptr;
-        dialog.hDevMode = row.bytes ? GlobalAlloc(0, static_cast<int32_t>(row.bytes)) : nullptr;
-        if (row.bytes)
-            memcpy(dialog.hDevMode, stored.data(), row.bytes);
+        dialog.hDevNames = name ? MakePrinterNameHan(name) : nullptr;
+        dialog.hDevMode = bytesOfRecord ? GlobalAlloc(0, bytesOfRecord) : nullptr;
+        memcpy(dialog.hDevMode, stored.data(), GlobalSize(dialog.hDevMode));
         HGLOBAL outName = nullptr;
         HGLOBAL outRecord = nullptr;
         char *list = nullptr;
         EXPECT_OUTCOME(GetDevModeAndPrinterNameForPrintDlg(&dialog, &outName, &outRecord, &list),
-                       row.outName != nullptr, row.outName ? ERROR_SUCCESS : ERROR_INVALID_DATA);
-        EXPECT_STREQ(list, row.outName ? "plain" : nullptr);
-        EXPECT_STREQ(static_cast<char *>(outName), row.outName);
-        EXPECT_EQ(GlobalSize(outRecord), row.size);
-        const auto *settings = static_cast<const DEVMODE *>(outRecord);
-        EXPECT_EQ(settings ? settings->dmCopies : 0, row.copies);
+                       error == ERROR_SUCCESS, error);
+        std::string text;
+        if (outName && outRecord && list)
+            text = std::string(static_cast<char *>(outName)) + " of " + list + ": " +
+                   std::to_string(GlobalSize(outRecord)) + ", " +
+                   std::to_string(static_cast<DEVMODE *>(outRecord)->dmCopies);
         for (HGLOBAL handle : {outName, outRecord, dialog.hDevNames, dialog.hDevMode})
             GlobalFree(handle);
         FreePrinters(list);
-    }
+        return text;
+    };
+    EXPECT_EQ(start(nullptr, 0, ERROR_SUCCESS), "plain of plain: 516, 1") << "the default printer";
+    EXPECT_EQ(start(nullptr, 785, ERROR_SUCCESS), "odd of plain: 785, 7") << "a copy";
+    EXPECT_EQ(start("odd", 785, ERROR_SUCCESS), "odd of plain: 785, 7");
+    EXPECT_EQ(start("odd", 0, ERROR_SUCCESS), "odd of plain: 785, 1");
+    EXPECT_EQ(start("ODD", 785, ERROR_SUCCESS), "ODD of plain: 785, 7") << "another name: merged";
+    EXPECT_EQ(start("twin", 785, ERROR_SUCCESS), "twin of plain: 785, 7");
+    EXPECT_EQ(start("broken", 785, ERROR_INVALID_DATA), "");
+    EXPECT_EQ(start(nullptr, 516, ERROR_SUCCESS), "odd of plain: 785, 7") << "the rest is zero";
+    EXPECT_EQ(start(nullptr, 392, ERROR_SUCCESS), "odd of plain: 785, 0");
+    EXPECT_EQ(start(nullptr, 391, ERROR_SUCCESS), "plain of plain: 516, 1") << "no record";
 }
 
 // From blocks that hold a record, less than it says, or none, and from records of other printers.

@@ -191,6 +191,7 @@ TEST_F(Fonts, AreCheckedBeforeTheyAreRead)
     expectNothing(hdc, {});
     expectNothing(nullptr, {});
     EXPECT_EQ(Create(Asked("DejaVu Sans", 20)), first) << "the record is used again";
+    DeleteDC(hdc);
 }
 
 TEST_F(Fonts, EndWithTheLibraryAndStartAgain)
