@@ -127,9 +127,8 @@ void RestoreDefaults(const DEVMODE *defaults, DEVMODE *record)
     constexpr size_t behind = offsetof(DEVMODE, dmFields);
     const size_t head = std::min<size_t>({record->dmSize, defaults->dmSize, sizeof(DEVMODE)});
     memcpy(record, defaults, std::min(head, lengths));
-    if (head > behind)
-        memcpy(reinterpret_cast<char *>(record) + behind,
-               reinterpret_cast<const char *>(defaults) + behind, head - behind);
+    memcpy(reinterpret_cast<char *>(record) + behind,
+           reinterpret_cast<const char *>(defaults) + behind, std::max(head, behind) - behind);
     PassOptions(defaults, record);
 }
 

@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "support/digest.h"
@@ -133,23 +134,15 @@ TEST_F(Printers, HandlesRememberTheName)
     char buffer[64];
     memset(buffer, '#', sizeof buffer);
     char *const odd = buffer + 1; // at any address
-    const struct {
-        HPRINTER printer;
-        int32_t level;
-        void *buffer;
-        uint32_t size, needed;
-        BOOL result;
-    } rows[] = {
-        {handle, 1, odd, 64, 7, FALSE},    {handle, 3, odd, 64, 7, FALSE},
-        {nullptr, 2, odd, 64, 7, FALSE},   {handle, 2, odd, 16, 17, FALSE},
-        {handle, 2, nullptr, 0, 17, TRUE},
-    };
-    for (const auto &row : rows) {
-        uint32_t needed = 7;
-        EXPECT_OUTCOME(GetPrinter(row.printer, row.level, row.buffer, row.size, &needed),
-                       row.result, row.result ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER);
-        EXPECT_EQ(needed, row.needed);
-    }
+    uint32_t needed = 7;
+    for (const int32_t level : {1, 3})
+        EXPECT_OUTCOME(GetPrinter(handle, level, odd, 64, &needed), FALSE, ERROR_INVALID_PARAMETER);
+    EXPECT_OUTCOME(GetPrinter(nullptr, 2, odd, 64, &needed), FALSE, ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(needed, 7u);
+    EXPECT_OUTCOME(GetPrinter(handle, 2, odd, 16, &needed), FALSE, ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(std::exchange(needed, 7), 17u);
+    EXPECT_OUTCOME(GetPrinter(handle, 2, nullptr, 0, &needed), TRUE, ERROR_SUCCESS);
+    EXPECT_EQ(needed, 17u);
     EXPECT_EQ(std::string(buffer, 64), std::string(64, '#'));
     EXPECT_OUTCOME(GetPrinter(handle, 2, odd, 17, nullptr), TRUE, ERROR_SUCCESS);
     char *text = nullptr;

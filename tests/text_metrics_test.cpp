@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include "fonts/extent_cache.h"
@@ -205,7 +206,9 @@ TEST(FewFonts, AreRememberedUntilFontconfigsFontsChange)
     EXPECT_EQ(WidthBy(live, hebrew), oldHebrew);
     FcConfigAppFontClear(nullptr);
     EXPECT_EQ(Create(dejavu), nullptr);
+    usleep(1100000); // after which fontconfig looks again
     fonts.Add("DejaVuSans.ttf");
+    EXPECT_EQ(InfoOf(Create(dejavu)).filePath, fonts.Path("DejaVuSans.ttf"));
     for (int i = 0; i < 3; i++)
         FcInitReinitialize();
     EXPECT_EQ(InfoOf(Create(dejavu)).filePath, fonts.Path("DejaVuSans.ttf"));

@@ -18,9 +18,11 @@ public:
     PrivateFonts()
     {
         std::filesystem::create_directory(Path(""));
-        WriteWholeFile(folder_.file("fonts.conf"),
-                       "<?xml version=\"1.0\"?><fontconfig><dir>" + Path("") + "</dir><cachedir>" +
-                           folder_.file("cache") + "</cachedir></fontconfig>");
+        WriteWholeFile(
+            folder_.file("fonts.conf"),
+            "<?xml version=\"1.0\"?><fontconfig><dir>" + Path("") + "</dir><cachedir>" +
+                folder_.file("cache") +
+                "</cachedir><config><rescan><int>1</int></rescan></config></fontconfig>");
         setenv("FONTCONFIG_FILE", folder_.file("fonts.conf").c_str(), 1);
     }
 
@@ -47,9 +49,9 @@ private:
 };
 
 inline LOGFONT Asked(const char *family, int32_t height = 10, int32_t weight = 400,
-                     uint8_t italic = 0, HDC hdc = nullptr)
+                     uint8_t italic = 0)
 {
-    LOGFONT logfont = {hdc, height, 0, 0, 0, weight, italic, 0, 0, 0, 0, 0, 0, 0, {}};
+    LOGFONT logfont = {nullptr, height, 0, 0, 0, weight, italic, 0, 0, 0, 0, 0, 0, 0, {}};
     memcpy(logfont.lfFaceName, family, strnlen(family, LF_FACESIZE));
     return logfont;
 }
