@@ -15,12 +15,6 @@ using namespace wexelxi;
 
 namespace {
 
-uint32_t UnixError()
-{
-    SetUnixError();
-    return GetLastError();
-}
-
 // Whether the target is there for CopyFile's flag: it opens. Stores why it does not.
 bool OpensAsExisting(const char *target)
 {
@@ -137,8 +131,10 @@ uint32_t CopyContents(const char *source, const char *target, bool mustBeNew)
     struct stat here;
     struct stat there = {};
     if (fstat(fileno(HandleToStream(from.get())), &here) != 0 ||
-        (stat(target, &there) != 0 && errno != ENOENT))
-        return UnixError();
+        (stat(target, &there) != 0 && errno != ENOENT)) {
+        SetUnixError();
+        return GetLastError();
+    }
     if (here.st_dev == there.st_dev && here.st_ino == there.st_ino)
         return ERROR_SHARING_VIOLATION;
     const OwnedHandle to = OpenTarget(target, here, mustBeNew);

@@ -59,7 +59,6 @@ TEST(PortNames, GiveDeviceAndType)
         {"LPT2", "LPT2", "/dev/serial/by-id/u", PST_UNSPECIFIED}, // cut before its type
         {"LPT1.COM", "LPT1.COM", "####", PST_UNSPECIFIED},        // a file
     };
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY); // which is none of the look-up's
     for (const auto &row : rows) {
         std::string name = row.name;
         char device[20] = "####";
@@ -70,6 +69,9 @@ TEST(PortNames, GiveDeviceAndType)
     char name[] = "COM2", device[20] = "";
     EXPECT_OUTCOME(GetPortName(nullptr, device, 20), PST_UNSPECIFIED, kUnchanged);
     EXPECT_OUTCOME(GetPortName(name, nullptr, 20), PST_UNSPECIFIED, kUnchanged);
+    EXPECT_OUTCOME(GetPortName(name, device, 20), PST_RS422, kUnchanged);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY); // which is none of the look-up's
+    EXPECT_EQ(GetPortName(name, device, sizeof device), PST_RS422);
     ASSERT_EQ(chdir(library.folder.path().c_str()), 0);
     SetWexelXiFolder("COM1"); // is the configuration a port?
     EXPECT_EQ(GetPortName(name, device, sizeof device), PST_RS232);
@@ -327,13 +329,9 @@ TEST(Line, SurvivesAPeerThatHangsUp)
 {
     const StartedLibrary library;
     const size_t descriptors = OpenDescriptors();
-    const struct {
-        const char *delay;
-        time_t least, most;
-    } rows[] = {{"-1", 0, 10}, {"2", 2, 30}};
-    for (const auto &row : rows) {
+    for (const time_t delay : {-1, 2}) {
         Line line;
-        SetPort("Delay", row.delay);
+        SetPort("Delay", std::to_string(delay));
         close(line.master);
         EXPECT_EQ(line.Read(), "");
         line.ExpectWritten("lost", ERROR_WRITE_FAULT);
@@ -341,8 +339,8 @@ TEST(Line, SurvivesAPeerThatHangsUp)
         EXPECT_OUTCOME(GetCommState(line.port, &settings), FALSE, ERROR_GEN_FAILURE);
         const time_t start = time(nullptr);
         EXPECT_OUTCOME(CloseHandle(line.port), TRUE, ERROR_SUCCESS); // whatever the drain did
-        EXPECT_GE(time(nullptr) - start, row.least) << row.delay;
-        EXPECT_LT(time(nullptr) - start, row.most) << row.delay;
+        EXPECT_GE(time(nullptr) - start, delay);
+        EXPECT_LT(time(nullptr) - start, delay + 30);
         line.port = INVALID_HANDLE_VALUE;
         line.master = -1;
     }

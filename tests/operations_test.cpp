@@ -55,7 +55,6 @@ TEST_F(Operations, MakeMoveAndRemoveNames)
         EXPECT_OUTCOME(CreateDirectory(name, nullptr), TRUE, ERROR_SUCCESS);
     EXPECT_OUTCOME(CreateDirectory("in", nullptr), FALSE, ERROR_FILE_EXISTS);
     chmod("closed", 0555);
-    EXPECT_OUTCOME(GetFileAttributes("closed"), 0x11u, ERROR_SUCCESS);
     for (const std::string &name : {std::string("a"), std::string("b"), longName})
         WriteWholeFile(name, name);
     const struct {
@@ -168,10 +167,15 @@ TEST_F(Operations, CopyWithoutHarmOrNotAtAll)
     };
     const size_t descriptors = OpenDescriptors();
     ASSERT_EQ(seteuid(geteuid() == 0 ? 65534 : geteuid()), 0);
-    for (const auto &row : rows)
-        EXPECT_OUTCOME(CopyFile(row.source, row.target, row.failIfExists), FALSE, row.error)
-            << row.source << " to " << row.target;
+    size_t bytes = 0;
+    for ([[maybe_unused]] const int round : {1, 2}) { // the second finds room on the heap
+        bytes = HeapBytes();
+        for (const auto &row : rows)
+            EXPECT_OUTCOME(CopyFile(row.source, row.target, row.failIfExists), FALSE, row.error)
+                << row.source << " to " << row.target;
+    }
     seteuid(getuid());
+    EXPECT_EQ(HeapBytes(), bytes);
     EXPECT_EQ(OpenDescriptors(), descriptors);
     EXPECT_FALSE(FileExists("new"));
     chmod("secret", 0666);
@@ -204,8 +208,12 @@ TEST(GetTempPath, AddsASlashWhereThereIsRoom)
     EXPECT_OUTCOME(GetTempPath(64, nullptr), 5u, ERROR_SUCCESS);
 }
 
-TEST_F(Operations, FindTheOneTemporaryNameThatIsFree)
+TEST(GetTempFileName, FindsTheOneThatIsFree)
 {
+    if (access("/dev/shm", W_OK) == 0) // where so many names are quickly made
+        setenv("TMPDIR", "/dev/shm", 1);
+    const ScratchFolder folder;
+    ASSERT_EQ(chdir(folder.path().c_str()), 0);
     char taken[16], name[32];
     for (unsigned number = 0; number <= 0xFFFF; number++) {
         snprintf(taken, sizeof taken, "./t%04x.tmp", number);

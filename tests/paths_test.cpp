@@ -47,7 +47,9 @@ TEST(Paths, StartFromTheCurrentDirectoryAndFillTheBuffersGiven)
     memset(output, '*', sizeof output);
     EXPECT_EQ(GetFilePath("/usr/lib", 7, output), 6u);
     EXPECT_EQ(std::string(output, 8), std::string("/usr/l\0*", 8));
-    EXPECT_EQ(GetFullPathName("/x", 0, output, nullptr), 0u);
+    part = nullptr;
+    EXPECT_OUTCOME(GetFullPathName("/x", 0, output, &part), 0u, ERROR_SUCCESS);
+    EXPECT_EQ(part, nullptr);
     EXPECT_EQ(GetFilePath("/x", 0xFFFFFFFF, output), 2u);
     EXPECT_OUTCOME(GetFilePath(nullptr, 10, output), 0u, ERROR_SUCCESS);
     EXPECT_OUTCOME(GetFilePath("/x", 10, nullptr), 0u, ERROR_SUCCESS);
