@@ -10,9 +10,6 @@ namespace wexelxi {
 // mark.
 constexpr uint8_t kReplacement = 0xBF;
 
-// The code point of each byte.
-extern const std::array<uint16_t, 256> gCodePageToUnicode;
-
 // The UTF-8 of each byte from 0x80 on, with its first byte lowest.
 extern const std::array<uint32_t, 256> gCodePageToUtf8;
 
