@@ -92,7 +92,7 @@ bool ChangeInPlace(int descriptor, std::string_view old, std::string_view text)
     const auto [oldEnd, textEnd] = std::mismatch(old.begin(), old.end(), text.begin(), text.end());
     const auto keep = static_cast<size_t>(textEnd - text.begin());
     const FileText newEnd = FileText::OfSize(std::max(old.size(), text.size()) - keep);
-    if (!newEnd.bytes || (text.size() > old.size() && !Reserve(descriptor, text.size())))
+    if (!newEnd.bytes || !Reserve(descriptor, text.size()))
         return false;
     std::copy(textEnd, text.end(), newEnd.bytes.get());
     if (PutNewEnd(descriptor, keep, newEnd.View(), text.size()))

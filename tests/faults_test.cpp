@@ -175,12 +175,17 @@ const Scenario kScenarios[] = {
      },
      PutFiles},
     {"replace a key",
-     [] { return WritePrivateProfileString("s", "k", "a longer value", "./own.ini") == TRUE; },
+     [] {
+         if (!WritePrivateProfileString("s", "k", "longer", "./own.ini") || GetLastError() != 0)
+             return false;
+         RequireText("own.ini", "[s]\r\nk=longer\r\nother=kept\r\n");
+         return true;
+     },
      PutFiles},
     {"add a section",
      [] { return WritePrivateProfileString("t", "k", "value", "./own.ini") == TRUE; }, PutFiles},
     {"change a key behind a port",
-     [] { return WritePrivateProfileString("s", "k", "longer", "COM1") == TRUE; },
+     [] { return WritePrivateProfileString("s", "k", "longer", "COM1") && GetLastError() == 0; },
      [] {
          PutFiles();
          WriteProfileString("Ports", "COM1", "own.ini,rs232");

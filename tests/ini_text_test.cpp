@@ -115,6 +115,20 @@ TEST(IniIndex, KnowsLargeSectionsAndNoMoreThanItsBounds)
         EXPECT_EQ(small.Find(shared, {&name, 1}, "1", value), name <= 'd') << name;
 }
 
+TEST(IniIndex, SparesTheWalk)
+{
+    std::string text = "[s]\n";
+    for (int i = 0; i < 20000; i++)
+        text += "key" + std::to_string(i) + "=\n";
+    FileText file = FileText::OfSize(text.size());
+    text.copy(file.bytes.get(), text.size());
+    IniText asked(std::move(file));
+    const clock_t start = clock();
+    for (int i = 0; i < 10000; i++)
+        EXPECT_EQ(asked.ValueOf("s", "key19999"), "");
+    EXPECT_LT(clock() - start, CLOCKS_PER_SEC);
+}
+
 // The time that a text made of a pattern takes; one that is walked again and again takes 16 times
 // as much for 4 times its length.
 clock_t TimeOf(const std::string &pattern, size_t size)
