@@ -130,26 +130,19 @@ TEST(Commands, GiveTheSignalsBackAndResetThemInTheChild)
         EXPECT_EQ(ignored & (bit(SIGINT) | bit(SIGQUIT) | bit(SIGHUP)), 0u);
         EXPECT_EQ((ignored & bit(SIGPIPE)) != 0, isIgnored) << "as the host has chosen";
     }
-    EXPECT_EQ(WinExecEx("kill -INT $PPID; kill -QUIT $PPID", 0, WINEXEC_WAIT, nullptr), 32u);
+    mine.sa_flags = 0; // and no SA_RESTART
+    sigaction(SIGALRM, &mine, nullptr);
+    const itimerval often = {{0, 10000}, {0, 10000}}, never = {};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    EXPECT_EQ(OutputOf({"kill -INT $PPID; kill -QUIT $PPID; sleep 0.2; echo text"}), "text\n");
+    setitimer(ITIMER_REAL, &never, nullptr);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no process is left over";
     struct sigaction after = {};
     sigaction(SIGINT, nullptr, &after);
     EXPECT_EQ(after.sa_handler, &Handler);
     EXPECT_EQ(after.sa_flags & (SA_RESTART | SA_NODEFER), SA_RESTART | SA_NODEFER);
     sigaction(SIGQUIT, nullptr, &after);
     EXPECT_EQ(after.sa_handler, SIG_IGN);
-}
-
-TEST(Commands, AreWaitedForThroughSignals)
-{
-    StartedLibrary library;
-    struct sigaction interrupts = {};
-    interrupts.sa_handler = Handler; // and no SA_RESTART
-    sigaction(SIGALRM, &interrupts, nullptr);
-    const itimerval often = {{0, 10000}, {0, 10000}}, never = {};
-    setitimer(ITIMER_REAL, &often, nullptr);
-    EXPECT_EQ(OutputOf({"sleep 0.2; echo text"}), "text\n");
-    setitimer(ITIMER_REAL, &never, nullptr);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no process is left over";
 }
 
 TEST(Commands, InheritTheHostsDescriptorsOnly)
