@@ -91,10 +91,17 @@ uint32_t Refusal()
     return errno == ENOMEM ? ERROR_NOT_ENOUGH_MEMORY : ERROR_GEN_FAILURE;
 }
 
-// The disk's refusal shows as that of a buffered stream does: at the close, in the last error.
-void Write(FileChange &change, std::string_view text)
+// Writes a text, which is none if memory ran out. The disk's refusal shows as that of a buffered
+// stream does: at the close, in the last error.
+BOOL Write(FileChange &change, std::optional<std::string_view> text)
 {
-    SetLastError(change.Write(text) ? ERROR_SUCCESS : Refusal());
+    errno = change.Error();
+    if (!change.IsOpen())
+        return FailWithErrno();
+    if (!text)
+        return Fail(ERROR_NOT_ENOUGH_MEMORY);
+    SetLastError(change.Write(*text) ? ERROR_SUCCESS : Refusal());
+    return TRUE;
 }
 
 // A device takes the new text in sequence, and the disk's refusal shows at the close.
@@ -171,16 +178,9 @@ BOOL WriteIniKey(const char *path, std::string_view section, std::string_view ke
     if (MayBePort(path))
         return WritePort(path, section, key, value);
     FileChange change(path);
-    if (!change.IsOpen()) {
-        errno = change.Error();
-        return FailWithErrno();
-    }
     const FileText text =
         Rewritten(change.Text(), PlanIniRewrite(change.Text(), section, key, value));
-    if (!text.bytes)
-        return Fail(ERROR_NOT_ENOUGH_MEMORY);
-    Write(change, text.View());
-    return TRUE;
+    return Write(change, text.bytes ? std::optional(text.View()) : std::nullopt);
 }
 
 IniDraft::IniDraft(const char *path) : path_(path), text_(CachedText(path)) {}
@@ -229,13 +229,7 @@ bool IniDraft::Save()
     if (!change_ && !Open())
         return false;
     DropIniCache();
-    errno = change_->Error();
-    if (!change_->IsOpen())
-        SetUnixError();
-    else if (hasFailed_)
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    else
-        Write(*change_, own_->Bytes());
+    (void)Write(*change_, hasFailed_ ? std::nullopt : std::optional(own_->Bytes()));
     change_.reset();
     if (!endsInWrite_)
         CachedText(path_);

@@ -45,9 +45,6 @@ public:
     bool IsOpen() const { return error_ == 0; }
     int Error() const { return error_; }
 
-    // Whether it is a device, which holds no text and takes a new one in sequence.
-    bool IsDevice() const { return isDevice_; }
-
     std::string_view Text() const { return text_.View(); }
 
     // Writes the new text: beside the file and then in its place, or where that would change what
@@ -71,7 +68,7 @@ private:
     struct stat status_ = {};
     FileText text_;
     int error_ = 0;
-    bool isDevice_ = false;
+    bool isDevice_ = false; // which holds no text and takes a new one in sequence
 };
 
 } // namespace wexelxi

@@ -202,10 +202,10 @@ TEST_F(Modules, MayCallBackWhenTheyLeave)
         bool stays;
         int timesTold;
     } rows[] = {
-        {"", FreeOnce, false, 1},    {"F", FreeOnce, false, 1},   {"LF", FreeOnce, false, 1},
-        {"LFF", FreeOnce, false, 1}, {"L", FreeOnce, true, 1},    {"LLF", FreeOnce, true, 1},
-        {"X", FreeOnce, true, 1},    {"E", FreeOnce, true, 1},    {"T", FreeOnce, false, 1},
-        {"T", FreeAll, false, 1},    {"L", FreeAll, false, 1001}, {"L", FreeAll, false, 1001}};
+        {"", FreeOnce, false, 1},    {"F", FreeOnce, false, 1},    {"LF", FreeOnce, false, 1},
+        {"LFF", FreeOnce, false, 1}, {"L", FreeOnce, true, 1},     {"LLF", FreeOnce, true, 1},
+        {"X", FreeOnce, true, 1},    {"E", FreeOnce, true, 1},     {"T", FreeOnce, false, 1},
+        {"T", FreeAll, false, 1},    {"TL", FreeAll, false, 1001}, {"L", FreeAll, false, 1001}};
     for (const auto &[calls, leave, stays, timesTold] : rows) {
         SCOPED_TRACE(calls);
         HMODULE module = Load("full");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "support/digest.h"
 #include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
@@ -167,20 +168,20 @@ TEST_F(Preferences, LastErrorsAndTheCacheAreThoseOfTheLastStep)
 
 TEST(Colours, WidenTheGap)
 {
-    const struct {
-        COLORREF color, other, result;
-    } rows[] = {
-        {0x101010, 0x000000, 0xC0C0C0},   {0x808080, 0x808080, 0x4E4E4E},
-        {0xF0F0F0, 0xE0E0E0, 0xCECECE},   {0x808080, 0x80804E, 0x808080},
-        {0x808080, 0x80804F, 0x4E4E81},   {0x101010, 0x111111, 0x414141},
-        {0x4F4F50, 0x4F4F50, 0x1D1D1E},   {0xFF101010, 0, 0xC0C0C0},
-        {0xFF808080, 0x808080, 0x4E4E4E},
+    const auto widened = [](COLORREF color, COLORREF other) {
+        gWidenColorGap(&color, other);
+        return color;
     };
-    for (const auto &row : rows) {
-        COLORREF color = row.color;
-        gWidenColorGap(&color, row.other);
-        EXPECT_EQ(color, row.result) << std::hex << row.color << " " << row.other;
+    EXPECT_EQ(widened(0x101010, 0x000000), 0xC0C0C0u) << "both are dark";
+    EXPECT_EQ(widened(0x808080, 0x808080), 0x4E4E4Eu) << "downwards";
+    EXPECT_EQ(widened(0xF0F0F0, 0xE0E0E0), 0xCECECEu) << "no room upwards";
+    Digest digest;
+    for (uint32_t channel = 0; channel < 256; channel++) {
+        for (uint32_t other = 0; other < 256; other++)
+            digest.Add(widened(channel * 0x010101, other * 0x010101),
+                       widened(0xFF4FA000 | channel, 0x004B9000 | other));
     }
+    EXPECT_EQ(digest.hex(), "b881dce806d667a2");
 }
 
 } // namespace
