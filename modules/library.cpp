@@ -102,7 +102,7 @@ HMODULE LoadLibrary(const char *name)
     MODChainEntry *entry = nullptr;
     OrNoMemory([&] {
         std::string normal = ModuleFileName(name);
-        entry = FindModule(ModulePath(normal));
+        entry = normal[0] == '/' ? FindModule(normal) : FindModule(ModulePath(normal));
         file = std::move(normal);
     });
     if (file.empty())

@@ -58,10 +58,11 @@ void Unlink(MODChainEntry **link, const MODChainEntry *entry)
 
 namespace wexelxi {
 
-std::string ModuleFileName(std::string_view name)
+std::string ModuleFileName(std::string name)
 {
-    const size_t dot = name.rfind('.');
-    return std::string(name.substr(0, dot == 0 ? name.npos : dot)) + ".so";
+    if (const size_t dot = name.rfind('.'); dot > 0 && dot != name.npos)
+        name.resize(dot);
+    return std::move(name += ".so");
 }
 
 std::string ModulePath(std::string_view name)

@@ -27,7 +27,7 @@ namespace wexelxi {
 
 // A module's file name: everything from the last dot on, if that is not the first character, gives
 // way to ".so".
-std::string ModuleFileName(std::string_view name);
+std::string ModuleFileName(std::string name);
 
 // A name that does not begin with '/' stands in the configuration folder.
 std::string ModulePath(std::string_view name);
