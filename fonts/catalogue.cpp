@@ -1,5 +1,5 @@
 // Start and end of the fonts, and the enumeration of the installed ones.
-#include <cstring>
+#include <cstdio>
 
 #include "core/last_error.h"
 #include "core/lock.h"
@@ -22,7 +22,8 @@ int32_t TellOf(const FcPattern *font, FONTENUMPROC callback, LPARAM data)
     TEXTMETRIC metrics = {};
     FcChar8 *family = nullptr;
     if (FcPatternGetString(font, FC_FAMILY, 0, &family) == FcResultMatch)
-        strncpy(logfont.lfFaceName, reinterpret_cast<const char *>(family), LF_FACESIZE - 1);
+        snprintf(logfont.lfFaceName, sizeof logfont.lfFaceName, "%s",
+                 reinterpret_cast<const char *>(family));
 
     const char *file = FileOf(font);
     const bool trueType = IsOutline(font) && file && HasTrueTypeName(file);

@@ -169,9 +169,7 @@ Record AllocDevMode(const PrinterName &name, const char *unknown, const std::str
 {
     const size_t bytes = sizeof(DEVMODE) + block.size();
     Record record(static_cast<DEVMODE *>(memset(operator new(bytes), 0, bytes)));
-    std::string fullName(name.length(), '\0');
-    name.WriteTo(fullName.data());
-    StoreHeadText(record->dmDeviceName, fullName);
+    StoreHeadText(record->dmDeviceName, name.text());
     StoreHeadText(record->dmManufacturer, unknown);
     StoreHeadText(record->dmModelName, unknown);
     for (const HeadField &field : kHeadFields)

@@ -25,19 +25,21 @@ bool IsPending()
 
 // libcups does this once, at the first connection otherwise. What it does to the disposition is
 // undone at once, and not when a scheduler has answered at last.
-void StartCups()
-{
-    struct sigaction own = {};
-    sigaction(SIGPIPE, nullptr, &own);
-    httpInitialize();
-    sigaction(SIGPIPE, &own, nullptr);
-}
+struct CupsStart {
+    CupsStart()
+    {
+        struct sigaction own = {};
+        sigaction(SIGPIPE, nullptr, &own);
+        httpInitialize();
+        sigaction(SIGPIPE, &own, nullptr);
+    }
+};
 
 } // namespace
 
 PipeSignalScope::PipeSignalScope() : wasPending_(IsPending())
 {
-    [[maybe_unused]] static const bool started = (StartCups(), true);
+    static const CupsStart start;
     const sigset_t pipe = OnlyPipe();
     pthread_sigmask(SIG_BLOCK, &pipe, &before_);
 }
@@ -48,8 +50,7 @@ PipeSignalScope::~PipeSignalScope() noexcept(false)
     const sigset_t pipe = OnlyPipe();
     const timespec now = {};
     if (!wasPending_ && IsPending())
-        while (sigtimedwait(&pipe, nullptr, &now) < 0 && errno == EINTR) {
-        }
+        sigtimedwait(&pipe, nullptr, &now); // which does not wait, so no signal can interrupt it
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
     errno = saved;
 }

@@ -18,7 +18,7 @@ PrinterPPDEntry::PrinterPPDEntry(const PrinterName &name,
                                  std::shared_ptr<const PrinterDescription> described)
     : printerName(CopyText(name.printer)),
       instanceName(name.instance ? CopyText(*name.instance) : nullptr),
-      ppdPath(described->ppd.ppd ? described->file.path.c_str() : nullptr),
+      ppdPath(described->ppd.ppd ? described->file.path : nullptr),
       ppdStream(described->ppd.stream.get()), ppd(described->ppd.ppd.get()),
       paperCount(described->paperCount), paperNames(described->paperNames.get()),
       paperCodes(described->paperCodes.get()), paperSizes(described->paperSizes.get()),

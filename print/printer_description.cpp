@@ -1,5 +1,6 @@
 #include "print/printer_description.h"
 
+#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 #include <vector>
@@ -14,7 +15,6 @@ namespace wexelxi {
 namespace {
 
 constexpr uint32_t kDefaultTrayText = 21;
-constexpr size_t kLongestPath = 1024; // of libcups' own buffer
 
 // Setting of a margin in millimetres as tenths.
 int32_t MarginFromSetting(int32_t millimetres)
@@ -28,7 +28,6 @@ std::vector<PaperRow> BuildDefaultPaperList()
     const int32_t x = MarginFromSetting(gPrinterXMargin);
     const int32_t y = MarginFromSetting(gPrinterYMargin);
     std::vector<PaperRow> papers;
-    papers.reserve(gPaperTable.size());
     for (const PaperTableRow &paper : gPaperTable) {
         PaperRow row;
         FillNameRow(row.name, TextInForce(paper.string));
@@ -80,10 +79,9 @@ void StoreBins(std::vector<BinRow> bins, PrinterDescription &printer)
 // Fetches a printer's PPD; the path stays empty for a printer without one.
 void FetchPPD(const char *printer, TemporaryFile &file)
 {
-    file.path.reserve(kLongestPath); // so that no path is lost for want of memory
     const PipeSignalScope scope;
-    if (const char *path = cupsGetPPD(printer))
-        file.path = path; // the next call overwrites the text
+    if (const char *path = cupsGetPPD(printer)) // the next call overwrites the text
+        snprintf(file.path, sizeof file.path, "%s", path);
 }
 
 } // namespace
@@ -96,16 +94,16 @@ const char *TextInForce(uint32_t number)
 
 TemporaryFile::~TemporaryFile()
 {
-    if (!path.empty())
-        unlink(path.c_str());
+    if (*path)
+        unlink(path);
 }
 
 std::shared_ptr<const PrinterDescription> DescribePrinter(const char *printer)
 {
     auto description = std::make_shared<PrinterDescription>();
     FetchPPD(printer, description->file);
-    if (!description->file.path.empty()) {
-        const uint32_t error = OpenPPDFile(description->file.path.c_str(), description->ppd);
+    if (*description->file.path) {
+        const uint32_t error = OpenPPDFile(description->file.path, description->ppd);
         if (error != ERROR_SUCCESS) {
             SetLastError(error);
             return nullptr;

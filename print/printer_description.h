@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
 
 #include "print/ppd_file.h"
 #include "wexelxi/printers.h"
@@ -15,11 +14,12 @@ namespace wexelxi {
 // The text of that number, or before the texts are loaded the built-in one.
 const char *TextInForce(uint32_t number);
 
-// A path whose file is removed at the end; empty for none.
+// A path whose file is removed at the end; empty for none. It needs no memory, for want of which
+// the file would stay.
 struct TemporaryFile {
     ~TemporaryFile();
 
-    std::string path;
+    char path[1024] = ""; // as long as libcups' own
 };
 
 struct PrinterDescription {

@@ -1,8 +1,8 @@
 // A printer's name: that of the CUPS destination and, behind a slash, that of the instance.
 #pragma once
 
-#include <cstring>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace wexelxi {
@@ -11,18 +11,12 @@ struct PrinterName {
     std::string_view printer;
     std::optional<std::string_view> instance; // the empty one is not the same as none
 
-    size_t length() const { return printer.size() + (instance ? 1 + instance->size() : 0); }
-
-    // Writes the whole name and a NUL; gives the place behind it.
-    char *WriteTo(char *at) const
+    std::string text() const
     {
-        at = static_cast<char *>(mempcpy(at, printer.data(), printer.size()));
-        if (instance) {
-            *at++ = '/';
-            at = static_cast<char *>(mempcpy(at, instance->data(), instance->size()));
-        }
-        *at++ = '\0';
-        return at;
+        std::string text(printer);
+        if (instance)
+            text.append("/").append(*instance);
+        return text;
     }
 };
 

@@ -64,33 +64,32 @@ BOOL ClosePrinter(HPRINTER printer)
 
 namespace {
 
-// The destination that is flagged as the default; of several the last. Null if there is none.
-const cups_dest_t *LastDefault(const Destinations &destinations)
+// The names, each with its NUL: of those flagged as the default the last, then all others.
+std::string NamesOf(std::span<const cups_dest_t> destinations)
 {
-    const cups_dest_t *found = nullptr;
-    for (const cups_dest_t &destination : destinations.all()) {
+    const cups_dest_t *first = nullptr;
+    for (const cups_dest_t &destination : destinations) {
         if (destination.is_default)
-            found = &destination;
+            first = &destination;
     }
-    return found;
+    std::string names;
+    if (first)
+        names = NameOf(*first).text() + '\0';
+    for (const cups_dest_t &destination : destinations) {
+        if (&destination != first)
+            names += NameOf(destination).text() + '\0';
+    }
+    return names;
 }
 
-// The first destination that is flagged as the default, or the first of all; the empty name if
-// there is none.
-PrinterName DefaultName(const Destinations &destinations)
+// That of the first that is flagged as the default, or of the first of all; empty if there is none.
+std::string DefaultName(std::span<const cups_dest_t> destinations)
 {
-    for (const cups_dest_t &destination : destinations.all()) {
+    for (const cups_dest_t &destination : destinations) {
         if (destination.is_default)
-            return NameOf(destination);
+            return NameOf(destination).text();
     }
-    return destinations.all().empty() ? PrinterName{"", {}} : NameOf(destinations.all().front());
-}
-
-// A heap block that the host frees with FreePrinters.
-char *AllocList(size_t bytes)
-{
-    auto *list = static_cast<char *>(malloc(bytes));
-    return list ? list : FailWith<char *>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+    return destinations.empty() ? "" : NameOf(destinations.front()).text();
 }
 
 } // namespace
@@ -98,25 +97,13 @@ char *AllocList(size_t bytes)
 // No lock: nothing of the library's is touched.
 char *ListPrinters(uintptr_t selector)
 {
-    if (selector) {
-        char *const word = AllocList(sizeof "cups");
-        return word ? strcpy(word, "cups") : nullptr;
-    }
-    const Destinations destinations;
-    size_t bytes = 1;
-    for (const cups_dest_t &destination : destinations.all())
-        bytes += NameOf(destination).length() + 1;
-    char *const list = AllocList(bytes);
-    if (!list)
-        return nullptr;
-    const cups_dest_t *first = LastDefault(destinations);
-    char *at = first ? NameOf(*first).WriteTo(list) : list;
-    for (const cups_dest_t &destination : destinations.all()) {
-        if (&destination != first)
-            at = NameOf(destination).WriteTo(at);
-    }
-    *at = '\0';
-    return list;
+    return OrNoMemory<char *>(nullptr, [&] {
+        const std::string list = selector ? "cups" : NamesOf(Destinations().all());
+        void *block = malloc(list.size() + 1);
+        if (!block)
+            return FailWith<char *>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+        return static_cast<char *>(memcpy(block, list.c_str(), list.size() + 1));
+    });
 }
 
 void FreePrinters(char *printers)
@@ -129,10 +116,11 @@ uint32_t GetDefaultPrinterName(char *buffer, uint32_t size)
     if (size == 0)
         return ERROR_INSUFFICIENT_BUFFER;
     LockScope lock;
-    const Destinations destinations;
-    const PrinterName name = DefaultName(destinations);
-    if (name.length() >= size)
-        return ERROR_INSUFFICIENT_BUFFER;
-    name.WriteTo(buffer);
-    return ERROR_SUCCESS;
+    return OrNoMemory<uint32_t>(ERROR_NOT_ENOUGH_MEMORY, [&]() -> uint32_t {
+        const std::string name = DefaultName(Destinations().all());
+        if (name.size() >= size)
+            return ERROR_INSUFFICIENT_BUFFER;
+        strcpy(buffer, name.c_str());
+        return ERROR_SUCCESS;
+    });
 }

@@ -83,10 +83,10 @@ TEST(PPD, SavedOptionsPassWhereThePrinterKnowsThem)
 {
     const ParsedPPD ppd(ppdOpenFile((kFixtures + "odd.ppd").c_str()));
     ASSERT_TRUE(ppd);
-    const auto recordWith = [&](const char *name, const char *value) {
+    const auto recordWith = [&](const char *name, const char *value, const char *across = "4") {
         Record record = BuildDevMode({"odd", {}}, "?", ppd.get());
         const cups_option_t saved[] = {
-            {const_cast<char *>("orientation-requested"), const_cast<char *>("4")},
+            {const_cast<char *>("orientation-requested"), const_cast<char *>(across)},
             {const_cast<char *>(name), const_cast<char *>(value)}};
         ApplySavedOptions(saved, ppd.get(), record.get());
         return record;
@@ -125,31 +125,42 @@ TEST(PPD, SavedOptionsPassWhereThePrinterKnowsThem)
                                   "Top",
                                   "Half",
                                   ""}) {
-            const Record record = recordWith(name, value);
-            digest.Add(std::string_view(reinterpret_cast<char *>(record.get()),
-                                        RecordBytes(record.get())));
+            for (const char *across : {"3", "4"}) {
+                const Record record = recordWith(name, value, across);
+                digest.Add(std::string_view(reinterpret_cast<char *>(record.get()),
+                                            RecordBytes(record.get())));
+            }
         }
     }
-    EXPECT_EQ(digest.hex(), "2acd2336beebe150");
+    EXPECT_EQ(digest.hex(), "8abe0ccac5a2b2b3");
 }
 
-// Of two options of 46,000 bytes and a small one the second is left out.
+// Of nodes of 45022, 20514 and 20513 bytes the second is left out: 65535 is what fits.
 TEST(PPD, OptionsThatDoNotFitAreLeftOut)
 {
     std::vector<ppd_choice_t> choices(15000);
     std::vector<ppd_option_t> options(3);
     for (ppd_option_t &option : options) {
         option.choices = choices.data();
-        option.num_choices = &option == &options.back() ? 2 : 15000;
+        option.num_choices = 6830;
     }
+    options[0].num_choices = 15000;
+    strcpy(options[1].text, "ab");
+    strcpy(options[2].text, "a");
     ppd_group_t group = {};
     group.options = options.data();
     group.num_options = 3;
     ppd_file_t ppd = {};
     ppd.groups = &group;
     ppd.num_groups = 1;
-    const Record record = BuildDevMode({"many", {}}, "?", &ppd);
-    EXPECT_EQ(record->dmDriverExtra, (22 + 15000 * 3) + (22 + 2 * 3));
+    EXPECT_EQ(BuildDevMode({"many", {}}, "?", &ppd)->dmDriverExtra, 65535);
+    std::string colours;
+    for (const int space :
+         {PPD_CS_CMYK, PPD_CS_CMY, PPD_CS_GRAY, PPD_CS_RGB, PPD_CS_RGBK, PPD_CS_N}) {
+        ppd.colorspace = static_cast<ppd_cs_t>(space);
+        colours += std::to_string(BuildDevMode({"many", {}}, "?", &ppd)->dmColor);
+    }
+    EXPECT_EQ(colours, "221211");
 }
 
 TEST(PPD, FilesTellWhatIsWrongAndKeepNothing)

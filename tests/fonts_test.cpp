@@ -5,6 +5,7 @@
 #include <map>
 #include <pthread.h>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -20,23 +21,24 @@ using namespace wexelxi;
 
 namespace {
 
-bool gRefused = false; // FcInit and FcPatternCreate
+std::string_view gRefused; // a call of fontconfig that fails
 
 } // namespace
 
 // The executable's definitions come first: the library's calls arrive here on their way.
-extern "C" FcBool FcInit(void)
-{
-    static auto *const next = reinterpret_cast<decltype(FcInit) *>(dlsym(RTLD_NEXT, "FcInit"));
-    return gRefused ? FcFalse : next();
-}
-
-extern "C" FcPattern *FcPatternCreate(void)
-{
-    static auto *const next =
-        reinterpret_cast<decltype(FcPatternCreate) *>(dlsym(RTLD_NEXT, "FcPatternCreate"));
-    return gRefused ? nullptr : next();
-}
+#define REFUSABLE(result, name, parameters, arguments)                                         \
+    extern "C" result name parameters                                                          \
+    {                                                                                          \
+        static auto *const next = reinterpret_cast<decltype(name) *>(dlsym(RTLD_NEXT, #name)); \
+        return gRefused == #name ? result{} : next arguments;                                  \
+    }
+using PatternPointer = FcPattern *;
+using SetPointer = FcFontSet *;
+REFUSABLE(FcBool, FcInit, (), ())
+REFUSABLE(PatternPointer, FcPatternCreate, (), ())
+REFUSABLE(PatternPointer, FcPatternDuplicate, (const FcPattern *pattern), (pattern))
+REFUSABLE(SetPointer, FcFontList, (FcConfig * config, FcPattern *pattern, FcObjectSet *objects),
+          (config, pattern, objects))
 
 namespace {
 
@@ -132,11 +134,15 @@ TEST_F(Fonts, AreEnumeratedAndTheFirstOneStandsIn)
     const FontInfoRecord info = InfoOf(Create(Asked("Unknown", 10, 700)));
     EXPECT_STREQ(info.family, "Unknown");
     EXPECT_EQ(info.filePath, fonts.Path("DejaVuSansMono-Bold.ttf"));
-    gRefused = true;
     const LOGFONT other = Asked("Another");
-    EXPECT_OUTCOME(CreateFontIndirect(&other), nullptr, ERROR_NOT_ENOUGH_MEMORY);
+    for (const char *call : {"FcPatternCreate", "FcPatternDuplicate", "FcFontList"}) {
+        gRefused = call;
+        EXPECT_OUTCOME(CreateFontIndirect(&other), nullptr, ERROR_NOT_ENOUGH_MEMORY) << call;
+    }
+    EXPECT_OUTCOME(enumerate("DejaVu Sans", none), 0, kUnchanged) << "no list is no fonts";
+    gRefused = "FcPatternCreate";
     EXPECT_OUTCOME(enumerate("DejaVu Sans", none), 0, ERROR_NOT_ENOUGH_MEMORY);
-    gRefused = false;
+    gRefused = "";
     TermFonts();
     TermFonts();
     EXPECT_EQ(Create(Asked("DejaVu Sans")), nullptr) << "no map to measure with";
@@ -219,7 +225,7 @@ TEST_F(Fonts, EndWithTheLibraryAndStartAgain)
     EXPECT_EQ(TakeReports().size(), made.size());
     usleep(100000); // Pango's own thread lags behind
     FcFini();       // ends the process where anything is left
-    gRefused = true;
+    gRefused = "FcInit";
     EXPECT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 3);
     EXPECT_EQ(gReady, 0);
     EXPECT_EQ(gTerminating, 1);

@@ -118,8 +118,8 @@ WEXELXI_API void FreePrinters(char *printers);
  *  if there is no printer at all. Blocks while CUPS answers.
  *  @param buffer  receives the name.
  *  @param size    bytes at buffer with the NUL.
- *  @return 0; 122 if the name does not fit, and nothing is written then.
- *  Last error: unchanged. Lock: yes, but not for a size of 0. */
+ *  @return 0; 122 if the name does not fit, 8 if there is no memory, and nothing is written then.
+ *  Last error: unchanged; 8 with 8. Lock: yes, but not for a size of 0. */
 WEXELXI_API uint32_t GetDefaultPrinterName(char *buffer, uint32_t size);
 
 /** Opens a printer with all that is known about it. Blocks at the first question about a printer
