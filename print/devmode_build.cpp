@@ -206,10 +206,8 @@ Record BuildDevMode(const PrinterName &name, const char *unknown, ppd_file_t *pp
 
 void ApplySavedOptions(std::span<const cups_option_t> saved, ppd_file_t *ppd, DEVMODE *record)
 {
-    for (const cups_option_t &option : saved) {
-        if (option.name && option.value)
-            ApplySavedOption(option.name, option.value, ppd, record);
-    }
+    for (const cups_option_t &option : saved)
+        ApplySavedOption(option.name, option.value, ppd, record);
 }
 
 } // namespace wexelxi

@@ -16,8 +16,7 @@ using namespace wexelxi;
 
 PrinterPPDEntry::PrinterPPDEntry(const PrinterName &name,
                                  std::shared_ptr<const PrinterDescription> described)
-    : printerName(CopyText(name.printer)),
-      instanceName(name.instance ? CopyText(*name.instance) : nullptr),
+    : printerName(name.printer), instanceName(name.instance),
       ppdPath(described->ppd.ppd ? described->file.path : nullptr),
       ppdStream(described->ppd.stream.get()), ppd(described->ppd.ppd.get()),
       paperCount(described->paperCount), paperNames(described->paperNames.get()),
@@ -63,7 +62,7 @@ PrinterPPDEntry *&BucketOf(uint64_t hash)
 
 PrinterName NameOf(const PrinterPPDEntry &entry)
 {
-    return NameFromParts(entry.printerName.get(), entry.instanceName.get());
+    return {entry.printerName, entry.instanceName};
 }
 
 bool IsEntryOf(const PrinterPPDEntry &entry, const PrinterName &name)
@@ -124,13 +123,6 @@ PrinterPPDEntry *MakeEntry(const PrinterName &name)
 }
 
 } // namespace
-
-OwnedText CopyText(std::string_view text)
-{
-    OwnedText copy = std::make_unique<char[]>(text.size() + 1);
-    memcpy(copy.get(), text.data(), text.size());
-    return copy;
-}
 
 PrinterPPDEntry *FindOrCreatePrinterPPD(const PrinterName &name)
 {

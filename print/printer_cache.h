@@ -5,14 +5,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "print/devmode_build.h"
 #include "print/printer_description.h"
 #include "print/printer_name.h"
 #include "wexelxi/printers.h"
-
-// A text of its owner's, or null.
-using OwnedText = std::unique_ptr<char[]>;
 
 // The record behind an HPRINTERPPD, in the order that its fields have always had, and behind them
 // what the cache itself needs. The pointers between the names and the two settings records look
@@ -22,9 +21,9 @@ struct PrinterPPDEntry {
                              std::shared_ptr<const wexelxi::PrinterDescription> described);
 
     PrinterPPDEntry *next = nullptr;
-    OwnedText printerName;  // as first asked for, without the instance
-    OwnedText instanceName; // null in a printer's own entry
-    const char *ppdPath;    // the temporary file; this and the next two are null without a PPD
+    std::string printerName;                 // as first asked for, without the instance
+    std::optional<std::string> instanceName; // none in a printer's own entry
+    const char *ppdPath; // the temporary file; this and the next two are null without a PPD
     FILE *ppdStream;
     ppd_file_t *ppd;
     int32_t paperCount; // rows in each of the next four
@@ -44,8 +43,6 @@ struct PrinterPPDEntry {
 };
 
 namespace wexelxi {
-
-OwnedText CopyText(std::string_view text);
 
 // Finds the entry or makes it. Call it with the global lock held. Null with last error 2 (the PPD
 // cannot be opened) or 13 (it does not parse) and nothing stored; the last error is left alone
