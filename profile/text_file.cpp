@@ -187,12 +187,9 @@ FileChange::Outcome FileChange::TryMake(bool isLate)
 bool FileChange::Replace(std::string_view text)
 {
     // Made in any case: what a killed process left goes.
-    const bool replaced = mayReplace_ &&
-                          beside_.Make(path_, status_.st_mode) == FileBeside::kMade &&
-                          status_.st_nlink == 1 && beside_.Resemble(descriptor_.get(), status_) &&
-                          beside_.Become(path_, text);
-    beside_.Drop();
-    return replaced;
+    return mayReplace_ && beside_.Make(path_, status_.st_mode) == FileBeside::kMade &&
+           status_.st_nlink == 1 && beside_.Resemble(descriptor_.get(), status_) &&
+           beside_.Become(path_, text);
 }
 
 bool FileChange::Write(std::string_view text)
