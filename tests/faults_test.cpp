@@ -226,6 +226,15 @@ const Scenario kScenarios[] = {
          return count != 0;
      }},
 
+    {"find a port",
+     [] {
+         char device[64];
+         const uint32_t type = GetPortName(Name("COM1"), device, sizeof device);
+         if (type != PST_UNSPECIFIED && GetLastError() == ERROR_NOT_ENOUGH_MEMORY)
+             abort(); // it may be another port than the profile's
+         return type == PST_RS232 && strcmp(device, gPort) == 0;
+     },
+     MakePort},
     {"set up a line",
      [] {
          DCB settings;
