@@ -101,8 +101,6 @@ bool Accepts(const char *filter, const char *name)
 // Asks the directory for the one entry that a plain name can match. True if that settled it.
 bool LookUpPlainName(DIR *directory, const char *name, Entry &entry)
 {
-    if (!Accepts(name, name))
-        return true;
     if (fstatat(dirfd(directory), name, &entry.status, AT_SYMLINK_NOFOLLOW) == 0) {
         entry.name = name;
         entry.examined = !S_ISLNK(entry.status.st_mode);
@@ -129,6 +127,7 @@ Entry FirstEntry(const FILfindData &find)
 {
     Entry entry;
     if (!find.filter || gFileMode != 0 || !IsPlainName(find.filter) ||
+        !Accepts(find.filter, find.filter) ||
         !LookUpPlainName(DirOf(&find)->directory, find.filter, entry))
         return NextEntry(find);
     DirOf(&find)->isAnswered = true;
