@@ -1,5 +1,7 @@
 // The byte helpers: pure arithmetic on their arguments, without lock or last error.
+#include <algorithm>
 #include <cstring>
+#include <endian.h>
 
 #include "wexelxi/memory.h"
 
@@ -10,20 +12,17 @@ BOOL IsBadWritePtr(LPCVOID pointer, UINT_PTR)
 
 void CopyMemory(LPVOID destination, LPCVOID source, int32_t length)
 {
-    if (length > 0)
-        memmove(destination, source, static_cast<size_t>(length));
+    memmove(destination, source, static_cast<size_t>(std::max(length, 0)));
 }
 
 void ZeroMemory(LPVOID destination, int32_t length)
 {
-    if (length > 0)
-        memset(destination, 0, static_cast<size_t>(length));
+    memset(destination, 0, static_cast<size_t>(std::max(length, 0)));
 }
 
 void FillMemory(LPVOID destination, uint32_t length, int32_t value)
 {
-    if (length > 0)
-        memset(destination, value, length);
+    memset(destination, value, length);
 }
 
 int32_t MulDiv(int32_t a, int32_t b, int32_t c)
@@ -37,31 +36,26 @@ int32_t MulDiv(int32_t a, int32_t b, int32_t c)
 
 uint16_t GETWORD(LPCVOID pointer, int32_t littleEndian)
 {
-    const auto *p = static_cast<const uint8_t *>(pointer);
-    const uint32_t low = littleEndian ? p[0] : p[1];
-    const uint32_t high = littleEndian ? p[1] : p[0];
-    return static_cast<uint16_t>(high << 8 | low);
+    uint16_t value;
+    memcpy(&value, pointer, sizeof value);
+    return littleEndian ? le16toh(value) : be16toh(value);
 }
 
 void SETWORD(LPVOID pointer, uint16_t value, int32_t littleEndian)
 {
-    auto *p = static_cast<uint8_t *>(pointer);
-    p[littleEndian ? 0 : 1] = static_cast<uint8_t>(value);
-    p[littleEndian ? 1 : 0] = static_cast<uint8_t>(value >> 8);
+    value = littleEndian ? htole16(value) : htobe16(value);
+    memcpy(pointer, &value, sizeof value);
 }
 
 uint32_t GETDWORD(LPCVOID pointer, int32_t littleEndian)
 {
-    const auto *p = static_cast<const uint8_t *>(pointer);
-    uint32_t value = 0;
-    for (int i = 0; i < 4; i++)
-        value |= static_cast<uint32_t>(p[i]) << (littleEndian ? 8 * i : 24 - 8 * i);
-    return value;
+    uint32_t value;
+    memcpy(&value, pointer, sizeof value);
+    return littleEndian ? le32toh(value) : be32toh(value);
 }
 
 void SETDWORD(LPVOID pointer, uint32_t value, int32_t littleEndian)
 {
-    auto *p = static_cast<uint8_t *>(pointer);
-    for (int i = 0; i < 4; i++)
-        p[i] = static_cast<uint8_t>(value >> (littleEndian ? 8 * i : 24 - 8 * i));
+    value = littleEndian ? htole32(value) : htobe32(value);
+    memcpy(pointer, &value, sizeof value);
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <netdb.h>
+#include <new>
 #include <pthread.h>
 
 #include "core/core_private.h"
@@ -46,7 +47,7 @@ LastErrorRecord *FindOrCreateRecord()
     if (found && found != &gNoRecord)
         return found;
     const int saved = errno;
-    auto *record = static_cast<LastErrorRecord *>(calloc(1, sizeof(LastErrorRecord)));
+    auto *record = new (std::nothrow) LastErrorRecord{};
     if (record) {
         record->next = gRecords.load(std::memory_order_relaxed);
         while (!gRecords.compare_exchange_weak(record->next, record, std::memory_order_release,

@@ -61,7 +61,7 @@ void TakeFolderFromEnvironment()
 {
     char folder[kPathBytes] = "";
     GetEnvironmentVariable("WEXELXIDIR", folder, sizeof folder);
-    if (folder[0] != '\0')
+    if (*folder)
         SetWexelXiFolder(folder);
 }
 
@@ -86,11 +86,11 @@ bool RenewKeys()
     return true;
 }
 
-// Undoes what a start has done so far, and gives its status.
-int32_t GiveUp(uint32_t status)
+// Undoes what a start has done so far: there is no memory for the rest.
+int32_t GiveUp()
 {
     FreeLib();
-    return static_cast<int32_t>(FailWith(status, status));
+    return FailWith(ERROR_NOT_ENOUGH_MEMORY, int32_t{ERROR_NOT_ENOUGH_MEMORY});
 }
 
 } // namespace
@@ -100,10 +100,11 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
     if (!RenewKeys())
         return static_cast<int32_t>(ERROR_NOT_ENOUGH_MEMORY);
     ForgetErrorTextBeforeInit();
-    if (!noLock)
+    if (!noLock) {
         InitializeCriticalSection(&gWexelxiCriticalSection);
-    if (!noLock && !gWexelxiCriticalSection)
-        return GiveUp(ERROR_NOT_ENOUGH_MEMORY);
+        if (!gWexelxiCriticalSection)
+            return GiveUp();
+    }
 
     gHFILE = 0;
     gHMODULE = 0;
@@ -113,10 +114,10 @@ int32_t InitLib(const char *hostPath, WXRESFUNC resFunc, intptr_t noLock)
     TakeFolderFromEnvironment();
     gWexelResFunc = resFunc;
     if (!CopyHostPath(hostPath))
-        return GiveUp(ERROR_NOT_ENOUGH_MEMORY);
+        return GiveUp();
     InitModule();
     if (!MODChain_findByMod(WEXELXI_HOST_MODULE))
-        return GiveUp(ERROR_NOT_ENOUGH_MEMORY);
+        return GiveUp();
     LoadStartSettings();
     gLOGPIXELSY = 96;
     gLOGPIXELSX = 96;

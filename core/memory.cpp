@@ -1,4 +1,5 @@
 // Guarded blocks: a head guard, the size, the data, and a trailer guard that ends with the block.
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -32,16 +33,11 @@ size_t BlockBytes(int32_t size)
     return static_cast<size_t>((size + 32) & ~7);
 }
 
-void WriteTrailer(void *block, int64_t size, uint64_t guard)
-{
-    char *trailer = static_cast<char *>(block) + ((size >> 3) + 3) * 8;
-    memcpy(trailer, &guard, sizeof guard);
-}
-
 void WriteGuards(GuardedHead *head, uint64_t headGuard, uint64_t trailerGuard)
 {
     head->guard = headGuard;
-    WriteTrailer(head, head->size, trailerGuard);
+    char *trailer = reinterpret_cast<char *>(head) + ((head->size >> 3) + 3) * 8;
+    memcpy(trailer, &trailerGuard, sizeof trailerGuard);
 }
 
 HGLOBAL Seal(void *block, int32_t size)
@@ -75,16 +71,15 @@ HGLOBAL GlobalReAlloc(HGLOBAL handle, int32_t size, uint32_t flags)
     if (bytes == 0)
         return FailWith<HGLOBAL>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
     GuardedHead *head = HeadOf(handle);
-    const int64_t oldSize = head->size;
+    const auto kept = static_cast<size_t>(std::min<int64_t>(head->size, size));
     WriteGuards(head, kFreedGuard, kFreedGuard);
     void *block = realloc(head, bytes);
     if (!block) {
         WriteGuards(head, GLOBAL_HEAD_GUARD, GLOBAL_TAIL_GUARD);
         return FailWith<HGLOBAL>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
     }
-    if ((flags & GLOBAL_ZEROFILL) && size > oldSize)
-        memset(static_cast<char *>(block) + kHeadBytes + oldSize, 0,
-               static_cast<size_t>(size - oldSize));
+    if (flags & GLOBAL_ZEROFILL)
+        memset(static_cast<char *>(block) + kHeadBytes + kept, 0, static_cast<size_t>(size) - kept);
     return Seal(block, size);
 }
 

@@ -1,13 +1,18 @@
-// Start and stop, the lock, last error, guarded memory.
+// Start and stop, the lock, last error, guarded memory, and what reads and writes to the end.
 #include <cerrno>
+#include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <netdb.h>
-#include <pthread.h>
 #include <string>
+#include <sys/time.h>
 #include <thread>
 #include <vector>
 
+#include "core/owners.h"
+#include "support/digest.h"
 #include "support/last_error.h"
 #include "support/library.h"
 #include "wexelxi.h"
@@ -16,17 +21,16 @@ namespace {
 
 uintptr_t Count()
 {
-    return reinterpret_cast<uintptr_t>(pthread_getspecific(gCriticalSectionTLS));
+    return reinterpret_cast<uintptr_t>(TlsGetValue(gCriticalSectionTLS));
 }
 
 bool OtherThreadCanEnter()
 {
-    auto *mutex = static_cast<pthread_mutex_t *>(gWexelxiCriticalSection);
-    bool entered = false;
+    BOOL entered = FALSE;
     std::thread([&] {
-        entered = pthread_mutex_trylock(mutex) == 0;
+        entered = TryEnterCriticalSection(&gWexelxiCriticalSection);
         if (entered)
-            pthread_mutex_unlock(mutex);
+            LeaveCriticalSection(&gWexelxiCriticalSection);
     }).join();
     return entered;
 }
@@ -36,10 +40,9 @@ TEST(Lock, NestsAndBlocksOthersUntilTheLastLeave)
     StartedLibrary library;
     for (int i = 0; i < 3; i++)
         gEnterWexelxiCriticalSection();
-    EXPECT_EQ(Count(), 3u);
-    lstrlen("a call nests too");
-    EXPECT_EQ(Count(), 3u);
-    for (int i = 0; i < 3; i++) {
+    for (uintptr_t left = 3; left > 0; left--) {
+        EXPECT_OUTCOME(lstrlen("a call nests too"), 16, kUnchanged);
+        EXPECT_EQ(Count(), left);
         EXPECT_FALSE(OtherThreadCanEnter());
         gLeaveWexelxiCriticalSection();
     }
@@ -59,12 +62,9 @@ TEST(Lock, IsInactiveOutsideARun)
 
 std::string gFaults;
 
-// Where the lock is refused, the hook gives the mutex back, so that the leave is refused too.
 void RecordFault(const char *word, int32_t code)
 {
     gFaults += word + (" " + std::to_string(code)) + " at " + std::to_string(Count()) + ", ";
-    if (code == EDEADLK)
-        pthread_mutex_unlock(static_cast<pthread_mutex_t *>(gWexelxiCriticalSection));
     errno = 77; // a hook may do anything to errno
 }
 
@@ -73,151 +73,140 @@ TEST(Lock, ReportsFaultsAndGoesOnWithItsCount)
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "misuses a mutex on purpose, which the thread sanitizer reports by itself";
 #endif
-    static char text[] = "text";
-    static char copy[32];
+    static char text[8];
     void (*const calls[])() = {
         [] { gEnterWexelxiCriticalSection(), gLeaveWexelxiCriticalSection(); },
         [] { SetErrorMode(0); },
-        [] { itoa(1, copy, 10); },
-        [] { lstrcpy(copy, text); },
-        [] { lstrcat(copy, text); },
-        [] { lstrcpyn(copy, text, 3); },
-        [] { lstrcmp(copy, text); },
-        [] { lstrcmpi(copy, text); },
-        [] { lstrncmpi(copy, text, 2); },
-        [] { lstrlen(text); },
-        [] { AnsiUpper(text); },
-        [] { AnsiUpperBuff(text, 4); },
-        [] { AnsiLowerBuff(text, 4); },
-        [] { OemToAnsi(text, copy); },
-        [] { AnsiToOem(text, copy); },
-        [] { OemToAnsiBuff(text, copy, 2); },
-        [] { AnsiToOemBuff(text, copy, 2); },
-        [] { wsprintf(copy, "%d", 1); },
+        [] { itoa(1, text, 10); },
+        [] { OemToAnsi("1", text); },
     };
     StartedLibrary library;
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_ERRORCHECK);
-    pthread_mutex_t checking;
-    pthread_mutex_init(&checking, &attributes);
-    void *real = std::exchange(gWexelxiCriticalSection, static_cast<void *>(&checking));
-    SetCriticalSectionErrorProc(RecordFault);
+    pthread_mutex_t broken;
+    memset(&broken, 0xFF, sizeof broken); // of no kind
+    void *real = std::exchange(gWexelxiCriticalSection, static_cast<void *>(&broken));
     for (const auto &call : calls) {
-        gFaults.clear();
-        pthread_mutex_lock(&checking);
+        SetCriticalSectionErrorProc(RecordFault);
         errno = 5;
         call();
         EXPECT_EQ(errno, 5);
         EXPECT_EQ(Count(), 0u);
-        EXPECT_EQ(gFaults, "enter 35 at 0, leave 1 at 1, ") << &call - calls;
+        EXPECT_EQ(std::exchange(gFaults, ""), "enter 22 at 0, leave 22 at 1, ") << &call - calls;
+        SetCriticalSectionErrorProc(nullptr);
+        call(); // nobody is told
     }
     gWexelxiCriticalSection = real;
-    SetCriticalSectionErrorProc(nullptr);
 }
 
-TEST(Lock, SerialisesThreads)
+using Values = std::vector<int64_t>;
+
+Values Flags()
 {
-    StartedLibrary library;
-    int shared = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; t++) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 1000; i++) {
-                gEnterWexelxiCriticalSection();
-                SetErrorMode(SetErrorMode(7));
-                shared++;
-                gLeaveWexelxiCriticalSection();
-            }
-        });
-    }
-    for (auto &thread : threads)
-        thread.join();
-    EXPECT_EQ(shared, 4000);
+    return {gReady, gTerminating, gWexelxiCriticalSection != nullptr, gWEXELfullPath != nullptr};
+}
+
+Values Settings()
+{
+    return {gFileMode, gUseOverride, gPrinterXMargin, gPrinterYMargin, gLOGPIXELSX, gLOGPIXELSY};
+}
+
+Values ForTheHost()
+{
+    return {gHFILE,    gHMODULE,         gGAllocNum, gGAllocMem, gTraceLevel,
+            gNeedNull, gUseScratchImage, gErrorMode, gScbarwid};
+}
+
+std::string ErrorText()
+{
+    char text[100] = "####";
+    GetLastErrorString(text, sizeof text);
+    return text;
 }
 
 TEST(Lifecycle, StartsStopsAndStartsAgain)
 {
-    SetLastError(5);
-    SetLastErrorString("before");
-    uint32_t firstKey = 0;
+    constexpr size_t kLarge = 1 << 20; // has a mapping of its own
+    EXPECT_EQ(Flags(), (Values{0, 0, 0, 0}));
+    EXPECT_EQ(Settings(), (Values{0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(ForTheHost(), (Values{0, 0, 0, 0, 0, 0, 0, 0, 17}));
+    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_OUTCOME(GetLastError(), kUnchanged, kUnchanged);
+    EXPECT_EQ(ErrorText(), "");
+    SetLastErrorString(std::string(kLarge, 't').c_str());
     for (int run = 0; run < 2; run++) {
+        const uint32_t oldKey = gLastErrorTLS;
+        gHFILE = gHMODULE = gGAllocNum = gGAllocMem = 7;
         StartedLibrary library;
-        EXPECT_NE(gLastErrorTLS, firstKey);
-        firstKey = gLastErrorTLS;
+        EXPECT_EQ(Flags(), (Values{1, 0, 1, 1}));
+        EXPECT_EQ(Settings(), (Values{0, 0, 10, 10, 96, 96}));
+        EXPECT_EQ(ForTheHost(), (Values{0, 0, 0, 0, 0, 0, 0, 0, 17}));
+        EXPECT_LT(mallinfo2().hblkhd, kLarge) << "the text of before is forgotten";
+        EXPECT_NE(gLastErrorTLS, oldKey);
         EXPECT_EQ(gCriticalSectionTLS + 1, gLastErrorTLS);
-        EXPECT_EQ(gReady, 1);
-        EXPECT_EQ(gTerminating, 0);
-        EXPECT_STREQ(gWEXELfullPath, "/opt/host/bin/host");
-        char text[8] = "x";
-        GetLastErrorString(text, sizeof text);
-        EXPECT_STREQ(text, "");
+        EXPECT_EQ(ErrorText(), "");
         SetLastErrorString("during");
         FreeLib();
-        GetLastErrorString(text, sizeof text);
-        EXPECT_STREQ(text, "");
+        EXPECT_EQ(Flags(), (Values{0, 1, 0, 0}));
+        EXPECT_EQ(ErrorText(), "") << "the stop forgets what the run has told";
     }
-    char text[8] = "x";
-    GetLastErrorString(text, sizeof text);
-    EXPECT_STREQ(text, "") << "the stop forgets what the run has told";
-    EXPECT_EQ(sLastErrorBeforeInit, 5u);
-    EXPECT_EQ(gReady, 0);
-    EXPECT_EQ(gTerminating, 1);
-    EXPECT_EQ(gWEXELfullPath, nullptr);
-    FreeLib();
-    SetLastError(9);
-    EXPECT_EQ(GetLastError(), 9u) << "the per-thread record outlives the run";
+    EXPECT_EQ(sLastErrorBeforeInit, kUnchanged);
+    EXPECT_OUTCOME(GetLastError(), kUnchanged, kUnchanged) << "the record outlives the run";
+}
+
+// With the last ones in hand: all but one are taken, or all.
+pthread_key_t UseAllKeys()
+{
+    uint32_t last = 0;
+    for (uint32_t key = 0; key != UINT32_MAX; key = TlsAlloc())
+        last = key;
+    return last;
 }
 
 TEST(Lifecycle, GoesOnWithItsKeysWhenThePlatformHasNoMore)
 {
-    {
-        StartedLibrary library;
-    }
+    EXPECT_EQ(InitLib("/host", nullptr, 0), 0);
+    FreeLib();
     const uint32_t key = gLastErrorTLS;
-    while (TlsAlloc() != UINT32_MAX) {
-    }
+    UseAllKeys();
+    TlsSetValue(gCriticalSectionTLS, &gFaults); // what a host has left there
     StartedLibrary library;
     EXPECT_EQ(gLastErrorTLS, key);
-    gEnterWexelxiCriticalSection();
-    EXPECT_EQ(Count(), 1u);
-    gLeaveWexelxiCriticalSection();
+    EXPECT_EQ(Count(), 0u);
     EXPECT_TRUE(OtherThreadCanEnter());
 }
 
 TEST(Lifecycle, RefusesAFirstStartWithoutKeys)
 {
-    while (TlsAlloc() != UINT32_MAX) {
+    pthread_key_delete(UseAllKeys());
+    for (const char *state : {"one key is left", "none is left"}) {
+        EXPECT_EQ(InitLib("/host", nullptr, 0), 8) << state;
+        EXPECT_EQ(Flags(), (Values{0, 0, 0, 0})) << state;
     }
-    EXPECT_EQ(InitLib("/opt/host/bin/host", nullptr, 0), 8);
-    EXPECT_EQ(gReady, 0);
-    EXPECT_EQ(gWexelxiCriticalSection, nullptr);
 }
 
-TEST(Lifecycle, CutsAHostPathThatIsTooLong)
+TEST(Lifecycle, TakesItsFolderAndCutsAHostPathThatIsTooLong)
 {
-    ScratchFolder folder;
-    setenv("WEXELXIDIR", folder.path().c_str(), 1);
+    setenv("WEXELXIDIR", "/", 1);
     ASSERT_EQ(InitLib(std::string(5000, 'p').c_str(), nullptr, 0), 0);
     EXPECT_EQ(gWEXELfullPath, std::string(4095, 'p'));
+    EXPECT_EQ(GlobalSize(gWEXELfullPath), 4096u);
+    char folder[4096];
+    GetWexelXiFolder(folder);
+    EXPECT_STREQ(folder, "/");
     FreeLib();
 }
 
 TEST(LastError, IsPerThreadWithTextAndNumberApart)
 {
     StartedLibrary library;
-    SetLastError(31);
     SetLastErrorString("mine");
-    SetLastError(2);
+    SetLastError(ERROR_FILE_NOT_FOUND);
     std::thread([] {
-        char text[8] = "x";
-        GetLastErrorString(text, sizeof text);
-        EXPECT_STREQ(text, "");
+        EXPECT_EQ(ErrorText(), "");
         EXPECT_EQ(GetLastError(), 0u);
         EXPECT_EQ(TlsGetValue(gLastErrorTLS), nullptr) << "asking makes no record";
-        SetLastError(80);
+        SetLastError(ERROR_FILE_EXISTS);
     }).join();
-    EXPECT_EQ(GetLastError(), 2u);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 
     const struct {
         int32_t size;
@@ -225,40 +214,36 @@ TEST(LastError, IsPerThreadWithTextAndNumberApart)
     } rows[] = {{5, "mine"}, {100, "mine"}, {4, "min"}, {1, ""}, {0, "####"}, {-1, "####"}};
     for (const auto &row : rows) {
         char text[8] = "####";
-        GetLastErrorString(text, row.size);
+        EXPECT_LAST_ERROR(GetLastErrorString(text, row.size), kUnchanged);
         EXPECT_STREQ(text, row.text) << row.size;
     }
     EXPECT_LAST_ERROR(SetLastErrorString(nullptr), kUnchanged);
+    EXPECT_EQ(ErrorText(), "");
+    EXPECT_OUTCOME(SetErrorMode(7), 0, kUnchanged);
+    EXPECT_OUTCOME(SetErrorMode(0), 7, kUnchanged);
 }
 
 TEST(LastError, TranslatesErrno)
 {
-    const struct {
-        int error;
-        uint32_t code, socket;
-    } rows[] = {
-        {-1, 31, 0},      {1, 19, 0},       {2, 2, 11001},    {11, 31, 10035},  {12, 8, 0},
-        {13, 5, 0},       {14, 115, 0},     {15, 31, 0},      {16, 148, 0},     {17, 80, 0},
-        {18, 17, 0},      {19, 31, 0},      {20, 123, 0},     {21, 123, 0},     {22, 12, 0},
-        {24, 31, 0},      {28, 31, 0},      {30, 19, 0},      {36, 154, 10063}, {39, 145, 10066},
-        {40, 31, 10062},  {41, 31, 0},      {66, 31, 10071},  {87, 31, 10068},  {88, 31, 10038},
-        {98, 31, 10048},  {111, 31, 10061}, {112, 31, 10064}, {114, 31, 10037}, {115, 31, 10036},
-        {116, 31, 10070}, {117, 31, 0},     {122, 31, 10069}, {123, 31, 0}};
-    for (const auto &row : rows) {
-        errno = row.error;
+    const auto codes = [](int error, int resolverError) {
+        errno = error;
         SetUnixError();
-        EXPECT_EQ(errno, row.error);
-        EXPECT_EQ(GetLastError(), row.code) << row.error;
-        errno = row.error;
-        EXPECT_EQ(WSAGetLastError(), row.socket) << row.error;
+        EXPECT_EQ(errno, error);
+        h_errno = resolverError;
+        return std::pair{GetLastError(), WSAGetLastError()};
+    };
+    EXPECT_EQ(codes(ENOENT, 0), std::pair(ERROR_FILE_NOT_FOUND, 11001u));
+    EXPECT_EQ(codes(ENOSPC, 0), std::pair(ERROR_GEN_FAILURE, 0u)) << "no code of its own";
+    EXPECT_EQ(codes(EDQUOT, 0), std::pair(ERROR_GEN_FAILURE, 10069u));
+    EXPECT_EQ(codes(0, NO_DATA), std::pair(ERROR_GEN_FAILURE, 11004u));
+    Digest digest;
+    for (int error = -1; error < 140; error++) {
+        for (int resolverError = -1; resolverError < 6; resolverError++) {
+            const auto [code, socket] = codes(error, resolverError);
+            digest.Add(code, socket);
+        }
     }
-    for (const int resolver : {-1, 0, 1, 2, 3, 4, 5}) {
-        errno = 0;
-        h_errno = resolver;
-        const uint32_t expected =
-            resolver >= 1 && resolver <= 4 ? 11000u + static_cast<uint32_t>(resolver) : 0u;
-        EXPECT_EQ(WSAGetLastError(), expected) << resolver;
-    }
+    EXPECT_EQ(digest.hex(), "bd6ca26dbfce8717");
 }
 
 uint64_t WordAt(const void *handle, ptrdiff_t offset)
@@ -268,72 +253,89 @@ uint64_t WordAt(const void *handle, ptrdiff_t offset)
     return word;
 }
 
+void ExpectBlock(void *handle, int32_t size)
+{
+    const ptrdiff_t trailer = (size & ~7) + 8;
+    EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
+    EXPECT_EQ(WordAt(handle, -8), static_cast<uint64_t>(size));
+    EXPECT_EQ(WordAt(handle, trailer), GLOBAL_TAIL_GUARD);
+    EXPECT_OUTCOME(GlobalSize(handle), static_cast<uint32_t>(size), kUnchanged);
+    const size_t usable = malloc_usable_size(static_cast<char *>(handle) - 16);
+    EXPECT_LE(usable - static_cast<size_t>(16 + trailer + 8), 4096u) << size;
+}
+
 TEST(Memory, GuardsStandWhereTheFormatSays)
 {
-    for (const int32_t size : {0, 1, 7, 8, 13, 16, 17, 1000}) {
+    for (const int32_t size : {0, 1, 7, 8, 13, 16, 17, 10'000}) {
         void *handle = nullptr;
         EXPECT_LAST_ERROR((handle = GlobalAlloc(GLOBAL_ZEROFILL, size)), ERROR_SUCCESS);
-        EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
-        EXPECT_EQ(WordAt(handle, -8), static_cast<uint64_t>(size));
-        EXPECT_EQ(WordAt(handle, (size & ~7) + 8), GLOBAL_TAIL_GUARD);
+        ExpectBlock(handle, size);
         memset(handle, 0x55, static_cast<size_t>(size));
-        handle = GlobalReAlloc(handle, size + 30, GLOBAL_ZEROFILL);
-        for (int32_t i = 0; i < size + 30; i++)
+        EXPECT_LAST_ERROR((handle = GlobalReAlloc(handle, size + 24, 1)), ERROR_SUCCESS);
+        ExpectBlock(handle, size + 24);
+        for (int32_t i = 0; i < size + 24; i++)
             ASSERT_EQ(static_cast<char *>(handle)[i], i < size ? 0x55 : 0);
-        handle = GlobalReAlloc(handle, size / 2, GLOBAL_ZEROFILL);
-        EXPECT_EQ(GlobalSize(handle), static_cast<uint32_t>(size / 2));
-        EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
-        EXPECT_EQ(WordAt(handle, (size / 2 & ~7) + 8), GLOBAL_TAIL_GUARD);
-        GlobalFree(handle);
+        handle = GlobalReAlloc(handle, size + 100, 0);
+        EXPECT_EQ(WordAt(handle, (size & ~7) + 32), ~uint64_t{0}) << "where the trailer was";
+        handle = GlobalReAlloc(handle, size / 2, 1);
+        ExpectBlock(handle, size / 2);
+        EXPECT_LAST_ERROR(GlobalFree(handle), kUnchanged);
     }
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    void *freed = GlobalAlloc(0, 100);
+    GlobalFree(freed);
+    EXPECT_EQ(WordAt(freed, 104), ~uint64_t{0}) << "for who reads a memory image";
+#endif
 }
 
 TEST(Memory, RefusesImpossibleSizesAndKeepsTheOldBlock)
 {
-    for (const int32_t size : {-1, INT32_MIN, INT32_MAX}) {
+    void *handle = GlobalReAlloc(nullptr, 10, 0);
+    for (const int32_t size : {-1, INT32_MIN, INT32_MAX, INT32_MAX - 31}) {
         EXPECT_OUTCOME(GlobalAlloc(0, size), nullptr, ERROR_NOT_ENOUGH_MEMORY);
-        void *handle = GlobalAlloc(0, 10);
-        strcpy(static_cast<char *>(handle), "whole");
         EXPECT_OUTCOME(GlobalReAlloc(handle, size, 0), nullptr, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_STREQ(static_cast<char *>(handle), "whole");
-        EXPECT_EQ(WordAt(handle, -16), GLOBAL_HEAD_GUARD);
-        EXPECT_EQ(WordAt(handle, 16), GLOBAL_TAIL_GUARD);
-        GlobalFree(handle);
+        ExpectBlock(handle, 10);
     }
+    GlobalFree(handle);
+    handle = GlobalAlloc(0, INT32_MAX - 32);
+    ExpectBlock(handle, INT32_MAX - 32);
+    GlobalFree(handle);
+    EXPECT_LT(mallinfo2().hblkhd, size_t{INT32_MAX}) << "given back";
 }
 
 TEST(Memory, ByteHelpers)
 {
-    const struct {
-        int32_t a, b, c, result;
-    } quotients[] = {{-7, 1, 2, -3},
-                     {1, 1, 0, 0},
-                     {100000, 100000, 1, 1410065408},
-                     {INT32_MIN, 1, -1, INT32_MIN}};
-    for (const auto &row : quotients)
-        EXPECT_EQ(MulDiv(row.a, row.b, row.c), row.result) << row.a;
-    EXPECT_EQ(IsBadWritePtr(nullptr, 1), TRUE);
+    EXPECT_OUTCOME(MulDiv(-7, 1, 2), -3, kUnchanged);
+    EXPECT_OUTCOME(MulDiv(1, 1, 0), 0, kUnchanged);
+    EXPECT_OUTCOME(MulDiv(100000, 100000, 1), 1410065408, kUnchanged);
+    EXPECT_OUTCOME(MulDiv(INT32_MIN, 1, -1), INT32_MIN, kUnchanged);
+    EXPECT_OUTCOME(IsBadWritePtr(nullptr, 0), TRUE, kUnchanged);
+    EXPECT_OUTCOME(IsBadWritePtr(&gFaults, 0), FALSE, kUnchanged);
 
-    for (const int32_t littleEndian : {0, 1, 256}) {
-        uint8_t bytes[6] = {9, 9, 9, 9, 9, 9};
-        SETWORD(bytes + 1, 0xABCD, littleEndian);
-        EXPECT_EQ(bytes[1], littleEndian ? 0xCD : 0xAB);
-        EXPECT_EQ(bytes[2], littleEndian ? 0xAB : 0xCD);
-        EXPECT_EQ(GETWORD(bytes + 1, littleEndian), 0xABCD);
-        SETDWORD(bytes + 1, 0xF1223344, littleEndian);
-        for (int i = 0; i < 4; i++)
-            EXPECT_EQ(bytes[1 + i], 0xF1223344 >> 8 * (littleEndian ? i : 3 - i) & 0xFF);
-        EXPECT_EQ(GETDWORD(bytes + 1, littleEndian), 0xF1223344u);
-        EXPECT_EQ(bytes[0] | bytes[5], 9);
-    }
-    uint8_t bytes[6] = {1, 2, 3, 4, 5, 6};
-    FillMemory(bytes, 2, 0x1FF);
-    CopyMemory(bytes + 1, bytes, 4);
-    CopyMemory(bytes, bytes + 5, -1);
-    EXPECT_EQ(std::string(bytes, bytes + 6), "\xFF\xFF\xFF\x03\x04\x06");
-    ZeroMemory(bytes, 2);
-    ZeroMemory(bytes, -1);
-    EXPECT_EQ(GETDWORD(bytes, 0), 0xFF03u);
+    std::string bytes = "123456"; // words stand at odd addresses
+    SETWORD(&bytes[1], 0xABCD, 256);
+    SETWORD(&bytes[3], 0xABCD, 0);
+    EXPECT_EQ(bytes, "1\xCD\xAB\xAB\xCD\x36");
+    EXPECT_OUTCOME(GETWORD(&bytes[1], -1), 0xABCD, kUnchanged);
+    EXPECT_OUTCOME(GETWORD(&bytes[1], 0), 0xCDAB, kUnchanged);
+    EXPECT_OUTCOME(GETDWORD(&bytes[1], 1), 0xCDABABCD, kUnchanged);
+    EXPECT_OUTCOME(GETDWORD(&bytes[1], 0), 0xCDABABCD, kUnchanged);
+    SETDWORD(&bytes[1], 0xF1223344, 0);
+    EXPECT_EQ(bytes, "1\xF1\x22\x33\x44\x36");
+    SETDWORD(&bytes[1], 0xF1223344, 1);
+    EXPECT_EQ(bytes, "1\x44\x33\x22\xF1\x36");
+    EXPECT_EQ(GETDWORD(&bytes[1], 1), 0xF1223344u);
+
+    bytes = "123456";
+    FillMemory(&bytes[0], 2, 0x1FF);
+    CopyMemory(&bytes[1], &bytes[0], 4);
+    CopyMemory(&bytes[0], &bytes[5], 0);
+    CopyMemory(&bytes[0], &bytes[5], -1);
+    EXPECT_EQ(bytes, "\xFF\xFF\xFF\x33\x34\x36");
+    ZeroMemory(&bytes[0], 1);
+    ZeroMemory(&bytes[1], 0);
+    ZeroMemory(&bytes[1], -1);
+    EXPECT_EQ(bytes, std::string("\0\xFF\xFF\x33\x34\x36", 6));
 }
 
 TEST(Memory, HandlesAreTheirOwnAddresses)
@@ -347,9 +349,44 @@ TEST(Memory, HandlesAreTheirOwnAddresses)
     EXPECT_LAST_ERROR(GlobalFree(nullptr), kUnchanged);
 }
 
-TEST(Threads, HaveTheNumberThatThePlatformGives)
+int gPipe[2];
+char gDrained[200'000];
+ssize_t gCount = 0;
+
+void Drain(int)
 {
-    EXPECT_OUTCOME(GetCurrentThreadId(), pthread_self(), kUnchanged);
+    const int saved = errno;
+    gCount += read(gPipe[0], gDrained + gCount, sizeof gDrained - static_cast<size_t>(gCount));
+    errno = saved;
+}
+
+// A pipe that is full until a signal comes, when a part of the bytes has gone; and one that keeps
+// one write's bytes apart from the next one's.
+TEST(Owners, WriteAndReadToTheEnd)
+{
+    std::string data;
+    for (int i = 0; i < 100'000; i++)
+        data += static_cast<char>(i % 251);
+    struct sigaction action = {}; // without SA_RESTART
+    action.sa_handler = Drain;
+    sigaction(SIGALRM, &action, nullptr);
+    ASSERT_EQ(pipe2(gPipe, 0), 0);
+    const itimerval timer = {{0, 0}, {0, 50'000}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], data.data(), data.size()), data.size());
+    Drain(0);
+    EXPECT_EQ(std::string_view(gDrained, static_cast<size_t>(gCount)), data);
+
+    ASSERT_EQ(pipe2(gPipe, O_DIRECT | O_NONBLOCK), 0);
+    char text[20] = "";
+    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, 1), -1);
+    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "abc", 3), 3u);
+    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "defg", 4), 4u);
+    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "hijk", 4), 4u);
+    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, 7), 7);
+    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text + 7, 10), 4) << "and then nothing is there";
+    EXPECT_STREQ(text, "abcdefghijk");
+    EXPECT_LT(wexelxi::WriteAll(gPipe[1], data.data(), data.size()), data.size());
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <pthread.h>
-#include <utility>
 
 #include "core/lock.h"
 #include "wexelxi/threads.h"
@@ -23,15 +22,8 @@ void InitializeCriticalSection(CRITICAL_SECTION *section)
     if (!section)
         return;
     auto *mutex = static_cast<pthread_mutex_t *>(malloc(sizeof(pthread_mutex_t)));
-    if (mutex) {
-        pthread_mutexattr_t attributes;
-        pthread_mutexattr_init(&attributes);
-        pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-        const bool isRefused = pthread_mutex_init(mutex, &attributes) != 0;
-        pthread_mutexattr_destroy(&attributes);
-        if (isRefused)
-            free(std::exchange(mutex, nullptr));
-    }
+    if (mutex)
+        *mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
     __atomic_store_n(section, static_cast<void *>(mutex), __ATOMIC_RELEASE);
 }
 

@@ -1,9 +1,11 @@
 // Threads: how they start, and the one kind of wait, for a thread's end or for a semaphore.
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <optional>
 #include <pthread.h>
 #include <sched.h>
+#include <unistd.h>
 
 #include "core/last_error.h"
 #include "core/lock.h"
@@ -14,19 +16,9 @@ using namespace wexelxi;
 
 namespace {
 
-bool WaitForSemaphore(sem_t *semaphore)
-{
-    while (sem_wait(semaphore) != 0) {
-        if (errno != EINTR)
-            return false;
-    }
-    return true;
-}
-
 bool Step(HandleRecord *record, uint32_t from, uint32_t to)
 {
-    return __atomic_compare_exchange_n(&record->join, &from, to, false, __ATOMIC_ACQ_REL,
-                                       __ATOMIC_ACQUIRE);
+    return std::atomic_ref(record->join).compare_exchange_strong(from, to);
 }
 
 // A thread is joined once, so the first wait claims that before it begins. A wait that ends without
@@ -95,7 +87,7 @@ uint32_t WaitForSingleObject(HANDLE handle, uint32_t timeout)
             return FailWith(ERROR_GEN_FAILURE, WAIT_FAILED);
     }
     // The lock is given back, one level of it, for as long as the wait lasts.
-    if (claim ? claim->Join() : WaitForSemaphore(&record->sem)) {
+    if (claim ? claim->Join() : TEMP_FAILURE_RETRY(sem_wait(&record->sem)) == 0) {
         SetLastError(ERROR_SUCCESS);
         return WAIT_OBJECT_0;
     }

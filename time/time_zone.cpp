@@ -4,7 +4,6 @@
 
 #include "modules/environment.h"
 #include "time/calendar.h"
-#include "time/time_zone.h"
 #include "time/time_zone_table.h"
 #include "wexelxi/time.h"
 
@@ -19,11 +18,9 @@ tm LocalTimeAt(time_t when)
     return local;
 }
 
-} // namespace
-
 // UTC's fields, read back as local time in the daylight state of now, lie that far from now. Where
 // no clock is changed in between, that is the offset of now.
-int32_t wexelxi::SecondsEast(time_t now, const tm &local)
+int32_t SecondsEast(time_t now, const tm &local)
 {
     const tm readBack = LocalTimeAt(now - local.tm_gmtoff);
     if (readBack.tm_gmtoff == local.tm_gmtoff && readBack.tm_isdst == local.tm_isdst)
@@ -33,6 +30,8 @@ int32_t wexelxi::SecondsEast(time_t now, const tm &local)
     utc.tm_isdst = local.tm_isdst;
     return static_cast<int32_t>(now - mktime(&utc));
 }
+
+} // namespace
 
 int32_t RtlQueryTimeZoneInformation(TIME_ZONE_INFORMATION *zone)
 {
