@@ -95,9 +95,8 @@ uint32_t CopyAtOnce(int source, int target)
         !S_ISREG(to.st_mode))
         return ERROR_SUCCESS;
     const off_t end = CopyInKernel(source, target, from.st_size);
-    if (lseek(source, end, SEEK_SET) != end)
-        return ERROR_READ_FAULT;
-    return lseek(target, end, SEEK_SET) == end ? ERROR_SUCCESS : ERROR_WRITE_FAULT;
+    const bool isThere = lseek(source, end, SEEK_SET) == end && lseek(target, end, SEEK_SET) == end;
+    return isThere ? ERROR_SUCCESS : ERROR_READ_FAULT;
 }
 
 uint32_t CopyBytes(HANDLE from, HANDLE to)

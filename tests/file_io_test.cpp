@@ -67,6 +67,22 @@ TEST(CreateFile, FollowsItsDispositions)
     }
 }
 
+TEST(CloseHandle, LeavesNothingOfAnyKind)
+{
+    const auto makeAndClose = [] {
+        UINT_PTR id;
+        HANDLE thread = CreateThread(
+            nullptr, 0, [](LPVOID) -> LPVOID { return nullptr; }, nullptr, CREATE_JOINABLE, &id);
+        WaitForSingleObject(thread, INFINITE);
+        for (HANDLE handle : {thread, CreateSemaphore(nullptr, 0, 1, nullptr),
+                              Open("/dev/null", GENERIC_READ, OPEN_EXISTING)})
+            EXPECT_OUTCOME(CloseHandle(handle), TRUE, ERROR_SUCCESS);
+        return HeapBytes();
+    };
+    const size_t bytes = makeAndClose();
+    EXPECT_EQ(makeAndClose(), bytes);
+}
+
 TEST(FileHandle, AnswersAnyOrderOfCallsAsJudged)
 {
     const ScratchFolder folder;
