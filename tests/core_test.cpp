@@ -380,13 +380,17 @@ TEST(Owners, WriteAndReadToTheEnd)
     ASSERT_EQ(pipe2(gPipe, O_DIRECT | O_NONBLOCK), 0);
     char text[20] = "";
     EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, 1), -1);
-    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "abc", 3), 3u);
-    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "defg", 4), 4u);
-    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "hijk", 4), 4u);
-    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, 7), 7);
-    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text + 7, 10), 4) << "and then nothing is there";
-    EXPECT_STREQ(text, "abcdefghijk");
+    for (const std::string part : {"a", "bc", "defg"})
+        EXPECT_EQ(wexelxi::WriteAll(gPipe[1], part.data(), part.size()), part.size());
+    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, 5), 5) << "and no more";
+    EXPECT_STREQ(text, "abcde");
     EXPECT_LT(wexelxi::WriteAll(gPipe[1], data.data(), data.size()), data.size());
+
+    ASSERT_EQ(pipe2(gPipe, 0), 0);
+    EXPECT_EQ(wexelxi::WriteAll(gPipe[1], "end", 3), 3u);
+    close(gPipe[1]);
+    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, sizeof text), 3);
+    EXPECT_EQ(wexelxi::ReadAll(gPipe[0], text, sizeof text), 0);
 }
 
 } // namespace

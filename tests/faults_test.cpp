@@ -198,9 +198,8 @@ bool StoresAnError()
     SetLastError(ERROR_READ_FAULT);
     const uint32_t number = GetLastError();
     TlsSetValue(gLastErrorTLS, record);
-    const bool isNew = strcmp(gText, "new") == 0;
-    SetLastError(isNew && number == ERROR_READ_FAULT ? number : ERROR_NOT_ENOUGH_MEMORY);
-    return isNew && number == ERROR_READ_FAULT;
+    SetLastError(number == ERROR_READ_FAULT ? ERROR_NOT_ENOUGH_MEMORY : number); // of no record
+    return strcmp(gText, "new") == 0 && number == ERROR_READ_FAULT;
 }
 
 // A block that could not be resized is whole.
