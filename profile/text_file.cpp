@@ -187,9 +187,12 @@ FileChange::Outcome FileChange::TryMake(bool isLate)
 bool FileChange::Replace(std::string_view text)
 {
     // Made in any case: what a killed process left goes.
-    return mayReplace_ && beside_.Make(path_, status_.st_mode) == FileBeside::kMade &&
-           status_.st_nlink == 1 && beside_.Resemble(descriptor_.get(), status_) &&
-           beside_.Become(path_, text);
+    const bool replaced = mayReplace_ &&
+                          beside_.Make(path_, status_.st_mode) == FileBeside::kMade &&
+                          status_.st_nlink == 1 && beside_.Resemble(descriptor_.get(), status_) &&
+                          beside_.Become(path_, text);
+    beside_.Drop(); // and its lock: who waits shall have a turn
+    return replaced;
 }
 
 bool FileChange::Write(std::string_view text)

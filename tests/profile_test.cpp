@@ -288,13 +288,13 @@ TEST(Profile, KilledWritersLeaveTheOldTextOrTheNew)
         WriteWholeFile(file, texts[0]);
         if (isLinked)
             (void)!link(file.c_str(), (file + "2").c_str());
-        for (useconds_t time = 0; time < 200; time++) {
+        for (useconds_t time = 0; time < 100; time++) {
             const pid_t child = fork();
             while (child == 0) {
                 for (const char *value : {"new", "much longer", "n", "old"})
                     Put("k", value, file);
             }
-            usleep(10 * time);
+            usleep(20 * time);
             kill(child, SIGKILL);
             waitpid(child, nullptr, 0);
             const std::string left = ReadWholeFile(file).c_str(); // a NUL ends the text
