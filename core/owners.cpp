@@ -7,7 +7,7 @@ ssize_t ReadAll(int descriptor, void *buffer, size_t count)
 {
     auto *bytes = static_cast<char *>(buffer);
     size_t total = 0;
-    while (total < count) {
+    while (total != count) {
         const ssize_t got = TEMP_FAILURE_RETRY(read(descriptor, bytes + total, count - total));
         if (got < 0 && total == 0)
             return -1;
@@ -27,7 +27,7 @@ size_t WriteAll(int descriptor, const void *buffer, size_t count)
         if (put <= 0)
             break;
         total += static_cast<size_t>(put);
-    } while (total < count);
+    } while (total != count);
     return total;
 }
 
