@@ -79,8 +79,12 @@ TEST(CloseHandle, LeavesNothingOfAnyKind)
             EXPECT_OUTCOME(CloseHandle(handle), TRUE, ERROR_SUCCESS);
         return HeapBytes();
     };
-    const size_t bytes = makeAndClose();
-    EXPECT_EQ(makeAndClose(), bytes);
+    size_t before = 0, bytes = makeAndClose();
+    for (int round = 0; before != bytes && round < 10; round++) { // until what is kept is there
+        before = bytes;
+        bytes = makeAndClose();
+    }
+    EXPECT_EQ(bytes, before);
 }
 
 TEST(FileHandle, AnswersAnyOrderOfCallsAsJudged)

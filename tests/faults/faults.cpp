@@ -203,8 +203,6 @@ private:
 
     void PutBack() const
     {
-        while (wait(nullptr) > 0) { // for commands that nobody waited for
-        }
         fs::current_path(library_.folder.path());
         Empty(".");
         fs::copy(before_.path(), ".", kWhole);
@@ -221,6 +219,8 @@ private:
             Complain("an exception came out");
         }
         gRefusal.family = Families;
+        while (wait(nullptr) > 0) { // for commands that nobody waited for
+        }
         return succeeded;
     }
 
