@@ -3,6 +3,7 @@
 #include "files/wildcard.h"
 
 #include <cctype>
+#include <cstring>
 
 namespace wexelxi {
 namespace {
@@ -29,6 +30,8 @@ bool MatchesWildcard(std::string_view pattern, const char *name, bool caseSensit
             if (at == pattern.npos)
                 return true;
             // What follows a star is taken literally, a '?' too.
+            if (caseSensitive)
+                name = strchrnul(name, pattern[at]);
             while (*name && !AreSame(*name, pattern[at], caseSensitive))
                 name++;
             if (!*name)
